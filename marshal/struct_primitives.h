@@ -33,6 +33,24 @@ void set_index_list_field(mxArray* s, const char* field, std::vector<std::uint64
 // New N x 2 double matrix, row i+1 holding pair i; the caller owns it.
 mxArray* make_point_matrix(const std::vector<std::pair<double, double>>& points);
 
+// New N x 1 double column holding the values in order; the caller owns it.
+mxArray* make_number_column(const std::vector<double>& values);
+
+// Counts and indices as MATLAB doubles: unsigned stays positive (2^64 - 1 becomes
+// 1.8446744073709552e19), values above 2^53 round to the nearest double.
+constexpr double count_to_double(std::uint64_t value) { return static_cast<double>(value); }
+constexpr double count_to_double(std::int32_t value) { return static_cast<double>(value); }
+
+// The writers below serve the per-time-step structs, where every value is made for the one
+// place it is written to: they store the value itself instead of a copy of it. Like
+// set_struct_field, they replace a value already there and keep the field order.
+
+// Stores value itself in s(index).field; ownership of value passes to s.
+void adopt_struct_field(mxArray* s, std::size_t index, const char* field, mxArray* value);
+void adopt_number_field(mxArray* s, std::size_t index, const char* field, double value);
+void adopt_logical_field(mxArray* s, std::size_t index, const char* field, bool value);
+void adopt_string_field(mxArray* s, std::size_t index, const char* field, const char* value);
+
 }  // namespace tamlo_marshal
 
 #endif
