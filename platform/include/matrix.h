@@ -103,6 +103,7 @@ TAMLO_MX_API void mxRemoveField(mxArray* pa, int fieldnum);
 TAMLO_MX_API mxArray* mxCreateCellMatrix(mwSize m, mwSize n);
 TAMLO_MX_API void mxSetCell(mxArray* pa, mwIndex i, mxArray* value);
 TAMLO_MX_API mxArray* mxCreateLogicalMatrix(mwSize m, mwSize n);
+TAMLO_MX_API mxArray* mxCreateLogicalArray(mwSize ndim, const mwSize* dims);
 TAMLO_MX_API mxLogical* mxGetLogicals(const mxArray* pa);
 TAMLO_MX_API mxArray* mxCreateNumericMatrix(mwSize m, mwSize n, mxClassID classid, mxComplexity flag);
 TAMLO_MX_API mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classid,

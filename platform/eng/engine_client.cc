@@ -1,0 +1,420 @@
+// Our libeng: the MATLAB Engine C API, served by an octave-engine child process that talks
+// to us over a private socketpair.
+//
+// Handles: an Engine* is an opaque token (a number never reused in the process), not the
+// address of an object. Every call looks the token up in a table of open sessions, so a call
+// on a closed handle, a second engClose included, is detected and fails (engClose returns 1)
+// instead of touching freed memory.
+//
+// engOpenSingleUse status codes: 1 no octave-engine program found beside libeng, 2 the
+// socket or process could not be created, 3 the engine did not report ready.
+#include "engine.h"
+#include "tamlo_eng_ext.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <unordered_map>
+
+#include "frame_io.h"
+#include "mx_wire.h"
+
+extern char** environ;
+
+namespace {
+
+using tamlo::wire::Kind;
+using tamlo::wire::Reader;
+using tamlo::wire::Writer;
+
+constexpr int status_no_server = 1;
+constexpr int status_spawn_failed = 2;
+constexpr int status_not_ready = 3;
+
+// Octave starts in well under a second; a slow (sanitized, valgrind) build gets far longer.
+constexpr int ready_timeout_ms = 120000;
+// How long engClose waits for the engine to leave on its own before killing it.
+constexpr auto close_grace = std::chrono::seconds(3);
+
+constexpr const char* server_name = "octave-engine";
+
+class Session {
+public:
+    Session(int fd, pid_t pid) : fd_(fd), pid_(pid) {}
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    ~Session() { end(); }
+
+    pid_t pid() const { return pid_; }
+
+    void set_output_buffer(char* buffer, int length) {
+        output_ = buffer;
+        output_length_ = buffer != nullptr && length > 0 ? length : 0;
+    }
+
+    int eval(const char* command) {
+        if (!alive_) return 1;
+        Writer w(Kind::eval);
+        w.put_u32(output_length_ > 0 ? static_cast<uint32_t>(output_length_ - 1) : 0);
+        w.put_string(command);
+        std::string reply;
+        Kind kind{};
+        if (!exchange(w.finish(), reply, kind)) return 1;
+        Reader r(reply.data(), reply.size());
+        Kind ignored{};
+        uint8_t status = 0;
+        std::string text;
+        tamlo::wire::read_kind(r, ignored);
+        if (kind != Kind::eval_done || !r.get_u8(status, "status") || !r.get_string(text, "output") ||
+            !r.expect_end())
+            return broken();
+        copy_output(text);
+        if (status != 0) {
+            // The user's code ended the engine (quit/exit): the session is over.
+            alive_ = false;
+            return 1;
+        }
+        return 0;
+    }
+
+    int put(const char* name, const mxArray* value) {
+        if (!alive_) return 1;
+        Writer w(Kind::put);
+        w.put_string(name);
+        std::string error;
+        if (!tamlo::wire::put_mx_array(w, value, error)) return 1;
+        std::string reply;
+        Kind kind{};
+        if (!exchange(w.finish(), reply, kind)) return 1;
+        return kind == Kind::ok ? 0 : 1;
+    }
+
+    mxArray* get(const char* name) {
+        if (!alive_) return nullptr;
+        Writer w(Kind::get);
+        w.put_string(name);
+        std::string reply;
+        Kind kind{};
+        if (!exchange(w.finish(), reply, kind) || kind != Kind::value) return nullptr;
+        Reader r(reply.data(), reply.size());
+        Kind ignored{};
+        tamlo::wire::read_kind(r, ignored);
+        tamlo::wire::ArrayPtr a = tamlo::wire::get_mx_array(r);
+        if (a == nullptr || !r.expect_end()) {
+            broken();
+            return nullptr;
+        }
+        return a.release();
+    }
+
+    // Asks the engine to leave, closes the socket and reaps the process.
+    void end() {
+        if (fd_ >= 0) {
+            if (alive_) {
+                Writer w(Kind::close);
+                if (tamlo::wire::send_frame(fd_, w.finish())) wait_for_reply_briefly();
+            }
+            ::close(fd_);
+            fd_ = -1;
+        }
+        alive_ = false;
+        reap();
+    }
+
+private:
+    // Sends a request and receives its reply; any transport failure or reply of an unknown
+    // kind marks the engine dead.
+    bool exchange(const std::string& frame, std::string& reply, Kind& kind) {
+        std::string error;
+        if (!tamlo::wire::send_frame(fd_, frame) ||
+            tamlo::wire::receive_frame(fd_, reply, error) != tamlo::wire::ReceiveStatus::ok) {
+            alive_ = false;
+            return false;
+        }
+        Reader r(reply.data(), reply.size());
+        if (!tamlo::wire::read_kind(r, kind)) {
+            broken();
+            return false;
+        }
+        return true;
+    }
+
+    // The engine answered nonsense: it cannot be trusted with another request.
+    int broken() {
+        alive_ = false;
+        if (pid_ > 0) ::kill(pid_, SIGKILL);
+        return 1;
+    }
+
+    void copy_output(const std::string& text) {
+        if (output_length_ <= 0) return;
+        size_t n = std::min(text.size(), static_cast<size_t>(output_length_ - 1));
+        std::memcpy(output_, text.data(), n);
+        output_[n] = '\0';
+    }
+
+    void wait_for_reply_briefly() {
+        pollfd p{fd_, POLLIN, 0};
+        int timeout = static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(close_grace).count());
+        while (::poll(&p, 1, timeout) < 0 && errno == EINTR) {
+        }
+    }
+
+    void reap() {
+        if (pid_ <= 0) return;
+        const auto deadline = std::chrono::steady_clock::now() + close_grace;
+        for (;;) {
+            int status = 0;
+            pid_t r = ::waitpid(pid_, &status, WNOHANG);
+            if (r == pid_ || (r < 0 && errno != EINTR)) break;  // reaped, or not ours to reap
+            if (r == 0 && std::chrono::steady_clock::now() >= deadline) {
+                ::kill(pid_, SIGKILL);
+                while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+                }
+                break;
+            }
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        }
+        pid_ = -1;
+    }
+
+    int fd_;
+    pid_t pid_;
+    bool alive_ = true;
+    char* output_ = nullptr;
+    int output_length_ = 0;
+};
+
+// Open sessions by token. Tokens are never reused, so a stale handle never finds a session.
+class SessionTable {
+public:
+    Engine* add(std::shared_ptr<Session> s) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        next_ += 16;
+        sessions_.emplace(next_, std::move(s));
+        return reinterpret_cast<Engine*>(next_);
+    }
+    std::shared_ptr<Session> find(Engine* ep) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto it = sessions_.find(reinterpret_cast<uintptr_t>(ep));
+        return it != sessions_.end() ? it->second : nullptr;
+    }
+    std::shared_ptr<Session> remove(Engine* ep) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto it = sessions_.find(reinterpret_cast<uintptr_t>(ep));
+        if (it == sessions_.end()) return nullptr;
+        std::shared_ptr<Session> s = std::move(it->second);
+        sessions_.erase(it);
+        return s;
+    }
+
+private:
+    std::mutex mutex_;
+    uintptr_t next_ = 0x1000;
+    std::unordered_map<uintptr_t, std::shared_ptr<Session>> sessions_;
+};
+
+SessionTable& sessions() {
+    // Never destroyed: engines may still be closed from other libraries' static destructors.
+    static SessionTable* table = new SessionTable;
+    return *table;
+}
+
+std::string directory_of_this_library() {
+    Dl_info info{};
+    if (::dladdr(reinterpret_cast<void*>(&engOpenSingleUse), &info) == 0 || info.dli_fname == nullptr) return {};
+    char resolved[PATH_MAX];
+    if (::realpath(info.dli_fname, resolved) == nullptr) return {};
+    std::string path(resolved);
+    size_t slash = path.rfind('/');
+    return slash == std::string::npos ? std::string(".") : path.substr(0, slash);
+}
+
+// Build tree: lib/libeng.so beside bin/octave-engine. Installed tree: lib/ beside
+// libexec/tamlo_matlab_dispatch/. Or both in one folder.
+std::string find_server() {
+    const std::string dir = directory_of_this_library();
+    if (dir.empty()) return {};
+    const std::string candidates[] = {
+        dir + "/" + server_name,
+        dir + "/../bin/" + server_name,
+        dir + "/../libexec/tamlo_matlab_dispatch/" + server_name,
+    };
+    for (const std::string& c : candidates)
+        if (::access(c.c_str(), X_OK) == 0) return c;
+    return {};
+}
+
+// Waits for the engine's ready frame.
+bool wait_until_ready(int fd) {
+    pollfd p{fd, POLLIN, 0};
+    int r;
+    while ((r = ::poll(&p, 1, ready_timeout_ms)) < 0 && errno == EINTR) {
+    }
+    if (r <= 0) return false;
+    std::string payload, error;
+    if (tamlo::wire::receive_frame(fd, payload, error) != tamlo::wire::ReceiveStatus::ok) return false;
+    Reader reader(payload.data(), payload.size());
+    Kind kind{};
+    return tamlo::wire::read_kind(reader, kind) && kind == Kind::ok && reader.expect_end();
+}
+
+class SpawnSetup {
+public:
+    SpawnSetup() {
+        ::posix_spawn_file_actions_init(&actions_);
+        ::posix_spawnattr_init(&attr_);
+    }
+    ~SpawnSetup() {
+        ::posix_spawn_file_actions_destroy(&actions_);
+        ::posix_spawnattr_destroy(&attr_);
+    }
+    SpawnSetup(const SpawnSetup&) = delete;
+    SpawnSetup& operator=(const SpawnSetup&) = delete;
+
+    bool prepare(int child_fd) {
+        // The engine's own streams must never carry the protocol or block: stdin and stdout
+        // are /dev/null, stderr stays the host's for fatal startup messages.
+        if (::posix_spawn_file_actions_addopen(&actions_, 0, "/dev/null", O_RDONLY, 0) != 0) return false;
+        if (::posix_spawn_file_actions_addopen(&actions_, 1, "/dev/null", O_WRONLY, 0) != 0) return false;
+        // dup2 onto 3 also clears close-on-exec when child_fd already is 3.
+        if (::posix_spawn_file_actions_adddup2(&actions_, child_fd, 3) != 0) return false;
+        if (::posix_spawn_file_actions_addclosefrom_np(&actions_, 4) != 0) return false;
+        // The child starts with default signal dispositions and an empty mask, whatever the
+        // host has set up for itself.
+        sigset_t all, none;
+        sigfillset(&all);
+        sigemptyset(&none);
+        if (::posix_spawnattr_setsigdefault(&attr_, &all) != 0) return false;
+        if (::posix_spawnattr_setsigmask(&attr_, &none) != 0) return false;
+        return ::posix_spawnattr_setflags(&attr_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK) == 0;
+    }
+
+    pid_t spawn(const std::string& path) {
+        std::string parent = std::to_string(::getpid());
+        char* argv[] = {const_cast<char*>(path.c_str()), const_cast<char*>("--fd"), const_cast<char*>("3"),
+                        const_cast<char*>("--parent"), parent.data(), nullptr};
+        pid_t pid = -1;
+        if (::posix_spawn(&pid, path.c_str(), &actions_, &attr_, argv, environ) != 0) return -1;
+        return pid;
+    }
+
+private:
+    posix_spawn_file_actions_t actions_;
+    posix_spawnattr_t attr_;
+};
+
+Engine* open_engine(int* retstatus) {
+    auto fail = [retstatus](int code) -> Engine* {
+        if (retstatus != nullptr) *retstatus = code;
+        return nullptr;
+    };
+    const std::string server = find_server();
+    if (server.empty()) return fail(status_no_server);
+    int sv[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sv) != 0) return fail(status_spawn_failed);
+    SpawnSetup setup;
+    pid_t pid = setup.prepare(sv[1]) ? setup.spawn(server) : -1;
+    ::close(sv[1]);
+    if (pid < 0) {
+        ::close(sv[0]);
+        return fail(status_spawn_failed);
+    }
+    auto session = std::make_shared<Session>(sv[0], pid);
+    if (!wait_until_ready(sv[0])) {
+        session.reset();  // closes the socket, kills and reaps the child
+        return fail(status_not_ready);
+    }
+    if (retstatus != nullptr) *retstatus = 0;
+    return sessions().add(std::move(session));
+}
+
+}  // namespace
+
+extern "C" {
+
+Engine* engOpenSingleUse(const char* /*startcmd: the engine program is always ours*/, void* /*reserved*/,
+                         int* retstatus) {
+    try {
+        return open_engine(retstatus);
+    } catch (const std::bad_alloc&) {
+        if (retstatus != nullptr) *retstatus = status_spawn_failed;
+        return nullptr;
+    }
+}
+
+int engClose(Engine* ep) {
+    std::shared_ptr<Session> s = sessions().remove(ep);
+    if (s == nullptr) return 1;
+    s->end();
+    return 0;
+}
+
+int engEvalString(Engine* ep, const char* string) {
+    std::shared_ptr<Session> s = sessions().find(ep);
+    if (s == nullptr || string == nullptr) return 1;
+    try {
+        return s->eval(string);
+    } catch (const std::bad_alloc&) {
+        return 1;
+    }
+}
+
+int engPutVariable(Engine* ep, const char* var_name, const mxArray* ap) {
+    std::shared_ptr<Session> s = sessions().find(ep);
+    if (s == nullptr || var_name == nullptr || ap == nullptr) return 1;
+    try {
+        return s->put(var_name, ap);
+    } catch (const std::bad_alloc&) {
+        return 1;
+    }
+}
+
+mxArray* engGetVariable(Engine* ep, const char* name) {
+    std::shared_ptr<Session> s = sessions().find(ep);
+    if (s == nullptr || name == nullptr) return nullptr;
+    try {
+        return s->get(name);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+int engOutputBuffer(Engine* ep, char* buffer, int buflen) {
+    std::shared_ptr<Session> s = sessions().find(ep);
+    if (s == nullptr) return 1;
+    s->set_output_buffer(buffer, buflen);
+    return 0;
+}
+
+// There is no window to show or hide.
+int engSetVisible(Engine* ep, bool /*newVal*/) { return sessions().find(ep) != nullptr ? 0 : 1; }
+
+int tamlo_engGetPid(Engine* ep) {
+    std::shared_ptr<Session> s = sessions().find(ep);
+    return s != nullptr ? static_cast<int>(s->pid()) : -1;
+}
+
+const char* tamlo_engServerPath(void) {
+    thread_local std::string path;
+    path = find_server();
+    return path.empty() ? nullptr : path.c_str();
+}
+
+}  // extern "C"

@@ -1,0 +1,452 @@
+// Our libmx: the mxArray type and the matrix API functions over it, with MATLAB's semantics.
+#include "matrix.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <string>
+#include <vector>
+
+struct mxArray_tag {
+    mxClassID class_id = mxUNKNOWN_CLASS;
+    std::vector<mwSize> dims;  // always at least two, no trailing 1 beyond the second
+    size_t numel = 0;
+    // Numeric, logical and char data, column-major, zero-filled at creation.
+    void* data = nullptr;
+    // Structs: field names in the order added; elements[i * fields.size() + f].
+    std::vector<std::string> fields;
+    // Struct field values or cell contents; null where nothing was set.
+    std::vector<mxArray*> elements;
+
+    mxArray_tag() = default;
+    mxArray_tag(const mxArray_tag&) = delete;
+    mxArray_tag& operator=(const mxArray_tag&) = delete;
+    ~mxArray_tag() {
+        std::free(data);
+        for (mxArray* e : elements) delete e;
+    }
+};
+
+namespace {
+
+constexpr int max_field_name_length = 63;
+
+bool is_numeric_class(mxClassID c) { return c >= mxDOUBLE_CLASS && c <= mxUINT64_CLASS; }
+
+bool has_data_class(mxClassID c) { return is_numeric_class(c) || c == mxLOGICAL_CLASS || c == mxCHAR_CLASS; }
+
+size_t element_size(mxClassID c) {
+    switch (c) {
+        case mxDOUBLE_CLASS: return sizeof(double);
+        case mxSINGLE_CLASS: return sizeof(float);
+        case mxINT8_CLASS:
+        case mxUINT8_CLASS: return 1;
+        case mxINT16_CLASS:
+        case mxUINT16_CLASS: return 2;
+        case mxINT32_CLASS:
+        case mxUINT32_CLASS: return 4;
+        case mxINT64_CLASS:
+        case mxUINT64_CLASS: return 8;
+        case mxLOGICAL_CLASS: return sizeof(mxLogical);
+        case mxCHAR_CLASS: return sizeof(mxChar);
+        case mxSTRUCT_CLASS:
+        case mxCELL_CLASS: return sizeof(mxArray*);
+        default: return 0;
+    }
+}
+
+bool valid_field_name(const char* name) {
+    if (name == nullptr || !std::isalpha(static_cast<unsigned char>(name[0]))) return false;
+    size_t n = 0;
+    for (; name[n] != '\0'; ++n) {
+        unsigned char c = static_cast<unsigned char>(name[n]);
+        if (!std::isalnum(c) && c != '_') return false;
+    }
+    return n <= max_field_name_length;
+}
+
+// MATLAB's dimension rules: fewer than two dims are padded with 1, trailing 1s beyond the
+// second are dropped. Returns false when the element count overflows.
+bool normalise_dims(mwSize ndim, const mwSize* dims, std::vector<mwSize>& out, size_t& numel) {
+    out.assign(dims, dims + ndim);
+    while (out.size() < 2) out.push_back(1);
+    while (out.size() > 2 && out.back() == 1) out.pop_back();
+    numel = 1;
+    for (mwSize d : out) {
+        if (d != 0 && numel > std::numeric_limits<size_t>::max() / d) return false;
+        numel *= d;
+    }
+    return true;
+}
+
+// Creates an array of the given class and shape with zeroed data or empty slots; null when the
+// shape or class cannot be made.
+mxArray* create(mxClassID class_id, mwSize ndim, const mwSize* dims, size_t nfields = 0) {
+    try {
+        auto* a = new mxArray_tag;
+        a->class_id = class_id;
+        if (!normalise_dims(ndim, dims, a->dims, a->numel)) {
+            delete a;
+            return nullptr;
+        }
+        if (has_data_class(class_id)) {
+            size_t size = element_size(class_id);
+            if (a->numel > std::numeric_limits<size_t>::max() / size) {
+                delete a;
+                return nullptr;
+            }
+            if (a->numel > 0) {
+                a->data = std::calloc(a->numel, size);
+                if (a->data == nullptr) {
+                    delete a;
+                    return nullptr;
+                }
+            }
+        } else if (class_id == mxCELL_CLASS) {
+            a->elements.assign(a->numel, nullptr);
+        } else if (class_id == mxSTRUCT_CLASS) {
+            if (nfields != 0 && a->numel > std::numeric_limits<size_t>::max() / nfields) {
+                delete a;
+                return nullptr;
+            }
+            a->elements.assign(a->numel * nfields, nullptr);
+        }
+        return a;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+mxArray* create_2d(mxClassID class_id, mwSize m, mwSize n) {
+    const mwSize dims[2] = {m, n};
+    return create(class_id, 2, dims);
+}
+
+mxArray* create_struct(mwSize ndim, const mwSize* dims, int nfields, const char** fieldnames) {
+    if (nfields < 0 || (nfields > 0 && fieldnames == nullptr)) return nullptr;
+    for (int f = 0; f < nfields; ++f) {
+        if (!valid_field_name(fieldnames[f])) return nullptr;
+        for (int g = 0; g < f; ++g)
+            if (std::strcmp(fieldnames[f], fieldnames[g]) == 0) return nullptr;
+    }
+    mxArray* a = create(mxSTRUCT_CLASS, ndim, dims, static_cast<size_t>(nfields));
+    if (a == nullptr) return nullptr;
+    try {
+        for (int f = 0; f < nfields; ++f) a->fields.emplace_back(fieldnames[f]);
+    } catch (const std::bad_alloc&) {
+        delete a;
+        return nullptr;
+    }
+    return a;
+}
+
+int field_number(const mxArray* pa, const char* name) {
+    if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || name == nullptr) return -1;
+    for (size_t f = 0; f < pa->fields.size(); ++f)
+        if (pa->fields[f] == name) return static_cast<int>(f);
+    return -1;
+}
+
+// The slot of element i's field f, or null when either is out of range.
+mxArray** field_slot(const mxArray* pa, mwIndex i, int f) {
+    if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || f < 0) return nullptr;
+    size_t nfields = pa->fields.size();
+    if (static_cast<size_t>(f) >= nfields || i >= pa->numel) return nullptr;
+    return const_cast<mxArray**>(&pa->elements[i * nfields + static_cast<size_t>(f)]);
+}
+
+template <typename T>
+double first_as_double(const void* data) {
+    T v;
+    std::memcpy(&v, data, sizeof v);
+    return static_cast<double>(v);
+}
+
+mxArray* duplicate(const mxArray* in) {
+    mxArray* out = create(in->class_id, in->dims.size(), in->dims.data(), in->fields.size());
+    if (out == nullptr) return nullptr;
+    try {
+        out->fields = in->fields;
+    } catch (const std::bad_alloc&) {
+        delete out;
+        return nullptr;
+    }
+    if (in->data != nullptr) std::memcpy(out->data, in->data, in->numel * element_size(in->class_id));
+    for (size_t k = 0; k < in->elements.size(); ++k) {
+        if (in->elements[k] == nullptr) continue;
+        out->elements[k] = duplicate(in->elements[k]);
+        if (out->elements[k] == nullptr) {
+            delete out;
+            return nullptr;
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+extern "C" {
+
+mxArray* mxCreateStructMatrix_730(mwSize m, mwSize n, int nfields, const char** fieldnames) {
+    const mwSize dims[2] = {m, n};
+    return create_struct(2, dims, nfields, fieldnames);
+}
+
+mxArray* mxCreateStructArray(mwSize ndim, const mwSize* dims, int nfields, const char** fieldnames) {
+    if (dims == nullptr && ndim > 0) return nullptr;
+    return create_struct(ndim, dims, nfields, fieldnames);
+}
+
+mxArray* mxGetField_730(const mxArray* pa, mwIndex i, const char* fieldname) {
+    mxArray** slot = field_slot(pa, i, field_number(pa, fieldname));
+    return slot != nullptr ? *slot : nullptr;
+}
+
+void mxSetField_730(mxArray* pa, mwIndex i, const char* fieldname, mxArray* value) {
+    mxArray** slot = field_slot(pa, i, field_number(pa, fieldname));
+    if (slot != nullptr) *slot = value;
+}
+
+mxArray* mxGetFieldByNumber(const mxArray* pa, mwIndex i, int fieldnum) {
+    mxArray** slot = field_slot(pa, i, fieldnum);
+    return slot != nullptr ? *slot : nullptr;
+}
+
+void mxSetFieldByNumber(mxArray* pa, mwIndex i, int fieldnum, mxArray* value) {
+    mxArray** slot = field_slot(pa, i, fieldnum);
+    if (slot != nullptr) *slot = value;
+}
+
+int mxAddField(mxArray* pa, const char* fieldname) {
+    if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || !valid_field_name(fieldname)) return -1;
+    int existing = field_number(pa, fieldname);
+    if (existing >= 0) return existing;
+    try {
+        size_t old_n = pa->fields.size();
+        std::vector<mxArray*> grown(pa->numel * (old_n + 1), nullptr);
+        for (size_t i = 0; i < pa->numel; ++i)
+            for (size_t f = 0; f < old_n; ++f) grown[i * (old_n + 1) + f] = pa->elements[i * old_n + f];
+        pa->fields.emplace_back(fieldname);
+        pa->elements.swap(grown);
+        return static_cast<int>(old_n);
+    } catch (const std::bad_alloc&) {
+        return -1;
+    }
+}
+
+void mxRemoveField(mxArray* pa, int fieldnum) {
+    if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || fieldnum < 0 ||
+        static_cast<size_t>(fieldnum) >= pa->fields.size())
+        return;
+    // As in MATLAB, the removed values are not freed: the caller may still hold them.
+    size_t old_n = pa->fields.size();
+    std::vector<mxArray*> shrunk;
+    shrunk.reserve(pa->numel * (old_n - 1));
+    for (size_t i = 0; i < pa->numel; ++i)
+        for (size_t f = 0; f < old_n; ++f)
+            if (f != static_cast<size_t>(fieldnum)) shrunk.push_back(pa->elements[i * old_n + f]);
+    pa->elements.swap(shrunk);
+    pa->fields.erase(pa->fields.begin() + fieldnum);
+}
+
+int mxGetFieldNumber(const mxArray* pa, const char* fieldname) { return field_number(pa, fieldname); }
+
+int mxGetNumberOfFields(const mxArray* pa) {
+    if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS) return 0;
+    return static_cast<int>(pa->fields.size());
+}
+
+const char* mxGetFieldNameByNumber(const mxArray* pa, int n) {
+    if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || n < 0 || static_cast<size_t>(n) >= pa->fields.size())
+        return nullptr;
+    return pa->fields[static_cast<size_t>(n)].c_str();
+}
+
+mxArray* mxCreateDoubleMatrix_730(mwSize m, mwSize n, mxComplexity flag) {
+    // Only real data is held; complex arrays cannot be made.
+    if (flag != mxREAL) return nullptr;
+    return create_2d(mxDOUBLE_CLASS, m, n);
+}
+
+mxArray* mxCreateNumericMatrix(mwSize m, mwSize n, mxClassID classid, mxComplexity flag) {
+    if (flag != mxREAL || !is_numeric_class(classid)) return nullptr;
+    return create_2d(classid, m, n);
+}
+
+mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classid, mxComplexity flag) {
+    if (flag != mxREAL || !is_numeric_class(classid) || (dims == nullptr && ndim > 0)) return nullptr;
+    return create(classid, ndim, dims);
+}
+
+mxArray* mxCreateDoubleScalar(double value) {
+    mxArray* a = create_2d(mxDOUBLE_CLASS, 1, 1);
+    if (a != nullptr) *static_cast<double*>(a->data) = value;
+    return a;
+}
+
+mxArray* mxCreateLogicalMatrix(mwSize m, mwSize n) { return create_2d(mxLOGICAL_CLASS, m, n); }
+
+mxArray* mxCreateLogicalArray(mwSize ndim, const mwSize* dims) {
+    if (dims == nullptr && ndim > 0) return nullptr;
+    return create(mxLOGICAL_CLASS, ndim, dims);
+}
+
+mxArray* mxCreateLogicalScalar(mxLogical value) {
+    mxArray* a = create_2d(mxLOGICAL_CLASS, 1, 1);
+    if (a != nullptr) *static_cast<mxLogical*>(a->data) = value;
+    return a;
+}
+
+mxArray* mxCreateString(const char* str) {
+    if (str == nullptr) return nullptr;
+    size_t n = std::strlen(str);
+    // MATLAB gives an empty text the shape 0 x 0.
+    mxArray* a = n == 0 ? create_2d(mxCHAR_CLASS, 0, 0) : create_2d(mxCHAR_CLASS, 1, n);
+    if (a == nullptr) return nullptr;
+    auto* chars = static_cast<mxChar*>(a->data);
+    // Texts are 8-bit: one byte becomes one character, so a round trip keeps every byte.
+    for (size_t k = 0; k < n; ++k) chars[k] = static_cast<unsigned char>(str[k]);
+    return a;
+}
+
+mxArray* mxCreateCharArray(mwSize ndim, const mwSize* dims) {
+    if (dims == nullptr && ndim > 0) return nullptr;
+    return create(mxCHAR_CLASS, ndim, dims);
+}
+
+mxArray* mxCreateCellMatrix(mwSize m, mwSize n) { return create_2d(mxCELL_CLASS, m, n); }
+
+mxArray* mxCreateCellArray(mwSize ndim, const mwSize* dims) {
+    if (dims == nullptr && ndim > 0) return nullptr;
+    return create(mxCELL_CLASS, ndim, dims);
+}
+
+mxArray* mxGetCell_730(const mxArray* pa, mwIndex i) {
+    if (pa == nullptr || pa->class_id != mxCELL_CLASS || i >= pa->numel) return nullptr;
+    return pa->elements[i];
+}
+
+void mxSetCell(mxArray* pa, mwIndex i, mxArray* value) {
+    if (pa == nullptr || pa->class_id != mxCELL_CLASS || i >= pa->numel) return;
+    pa->elements[i] = value;
+}
+
+int mxGetString_730(const mxArray* pa, char* buf, mwSize buflen) {
+    if (buf == nullptr || buflen == 0) return 1;
+    if (pa == nullptr || pa->class_id != mxCHAR_CLASS) {
+        // The caller gets an empty text rather than whatever its buffer held before.
+        buf[0] = '\0';
+        return 1;
+    }
+    size_t n = pa->numel < buflen - 1 ? pa->numel : buflen - 1;
+    const auto* chars = static_cast<const mxChar*>(pa->data);
+    for (size_t k = 0; k < n; ++k) buf[k] = static_cast<char>(chars[k]);
+    buf[n] = '\0';
+    return n < pa->numel ? 1 : 0;
+}
+
+char* mxArrayToString(const mxArray* pa) {
+    if (pa == nullptr || pa->class_id != mxCHAR_CLASS) return nullptr;
+    auto* s = static_cast<char*>(std::malloc(pa->numel + 1));
+    if (s == nullptr) return nullptr;
+    mxGetString_730(pa, s, pa->numel + 1);
+    return s;
+}
+
+void mxFree(void* ptr) { std::free(ptr); }
+
+mxArray* mxDuplicateArray(const mxArray* in) { return in != nullptr ? duplicate(in) : nullptr; }
+
+void mxDestroyArray(mxArray* pa) { delete pa; }
+
+double* mxGetPr(const mxArray* pa) {
+    if (pa == nullptr || pa->class_id != mxDOUBLE_CLASS) return nullptr;
+    return static_cast<double*>(pa->data);
+}
+
+void* mxGetData(const mxArray* pa) { return pa != nullptr ? pa->data : nullptr; }
+
+mxLogical* mxGetLogicals(const mxArray* pa) {
+    if (pa == nullptr || pa->class_id != mxLOGICAL_CLASS) return nullptr;
+    return static_cast<mxLogical*>(pa->data);
+}
+
+mxChar* mxGetChars(const mxArray* pa) {
+    if (pa == nullptr || pa->class_id != mxCHAR_CLASS) return nullptr;
+    return static_cast<mxChar*>(pa->data);
+}
+
+double mxGetScalar(const mxArray* pa) {
+    if (pa == nullptr || pa->data == nullptr || pa->numel == 0) return 0.0;
+    switch (pa->class_id) {
+        case mxDOUBLE_CLASS: return first_as_double<double>(pa->data);
+        case mxSINGLE_CLASS: return first_as_double<float>(pa->data);
+        case mxINT8_CLASS: return first_as_double<int8_t>(pa->data);
+        case mxUINT8_CLASS: return first_as_double<uint8_t>(pa->data);
+        case mxINT16_CLASS: return first_as_double<int16_t>(pa->data);
+        case mxUINT16_CLASS: return first_as_double<uint16_t>(pa->data);
+        case mxINT32_CLASS: return first_as_double<int32_t>(pa->data);
+        case mxUINT32_CLASS: return first_as_double<uint32_t>(pa->data);
+        case mxINT64_CLASS: return first_as_double<int64_t>(pa->data);
+        case mxUINT64_CLASS: return first_as_double<uint64_t>(pa->data);
+        case mxLOGICAL_CLASS: return *static_cast<const mxLogical*>(pa->data) ? 1.0 : 0.0;
+        case mxCHAR_CLASS: return first_as_double<mxChar>(pa->data);
+        default: return 0.0;
+    }
+}
+
+size_t mxGetNumberOfElements(const mxArray* pa) { return pa != nullptr ? pa->numel : 0; }
+
+mxClassID mxGetClassID(const mxArray* pa) { return pa != nullptr ? pa->class_id : mxUNKNOWN_CLASS; }
+
+const char* mxGetClassName(const mxArray* pa) {
+    switch (mxGetClassID(pa)) {
+        case mxCELL_CLASS: return "cell";
+        case mxSTRUCT_CLASS: return "struct";
+        case mxLOGICAL_CLASS: return "logical";
+        case mxCHAR_CLASS: return "char";
+        case mxDOUBLE_CLASS: return "double";
+        case mxSINGLE_CLASS: return "single";
+        case mxINT8_CLASS: return "int8";
+        case mxUINT8_CLASS: return "uint8";
+        case mxINT16_CLASS: return "int16";
+        case mxUINT16_CLASS: return "uint16";
+        case mxINT32_CLASS: return "int32";
+        case mxUINT32_CLASS: return "uint32";
+        case mxINT64_CLASS: return "int64";
+        case mxUINT64_CLASS: return "uint64";
+        default: return "unknown";
+    }
+}
+
+mwSize mxGetM(const mxArray* pa) { return pa != nullptr ? pa->dims[0] : 0; }
+
+mwSize mxGetN(const mxArray* pa) {
+    if (pa == nullptr) return 0;
+    mwSize n = 1;
+    for (size_t k = 1; k < pa->dims.size(); ++k) n *= pa->dims[k];
+    return n;
+}
+
+mwSize mxGetNumberOfDimensions(const mxArray* pa) { return pa != nullptr ? pa->dims.size() : 0; }
+
+const mwSize* mxGetDimensions(const mxArray* pa) { return pa != nullptr ? pa->dims.data() : nullptr; }
+
+size_t mxGetElementSize(const mxArray* pa) { return pa != nullptr ? element_size(pa->class_id) : 0; }
+
+bool mxIsEmpty(const mxArray* pa) { return pa != nullptr && pa->numel == 0; }
+bool mxIsStruct(const mxArray* pa) { return pa != nullptr && pa->class_id == mxSTRUCT_CLASS; }
+bool mxIsCell(const mxArray* pa) { return pa != nullptr && pa->class_id == mxCELL_CLASS; }
+bool mxIsDouble(const mxArray* pa) { return pa != nullptr && pa->class_id == mxDOUBLE_CLASS; }
+bool mxIsLogical(const mxArray* pa) { return pa != nullptr && pa->class_id == mxLOGICAL_CLASS; }
+bool mxIsChar(const mxArray* pa) { return pa != nullptr && pa->class_id == mxCHAR_CLASS; }
+bool mxIsNumeric(const mxArray* pa) { return pa != nullptr && is_numeric_class(pa->class_id); }
+
+bool mxIsLogicalScalarTrue(const mxArray* pa) {
+    return pa != nullptr && pa->class_id == mxLOGICAL_CLASS && pa->numel == 1 &&
+           *static_cast<const mxLogical*>(pa->data);
+}
+
+}  // extern "C"

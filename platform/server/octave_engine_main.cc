@@ -1,0 +1,245 @@
+// octave-engine: the engine process behind our libeng. Embeds one Octave interpreter for its
+// whole life and serves eval/put/get/close frames on the socket named on its command line.
+//
+// Usage: octave-engine --fd N [--parent PID]
+#include <octave/oct.h>
+#include <octave/interpreter.h>
+#include <octave/lex.h>
+#include <octave/pager.h>
+#include <octave/quit.h>
+#include <octave/utils.h>
+
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <new>
+#include <sstream>
+#include <string>
+
+#include "frame_io.h"
+#include "octave_codec.h"
+#include "wire_codec.h"
+
+namespace {
+
+using tamlo::wire::Kind;
+using tamlo::wire::Reader;
+using tamlo::wire::Writer;
+
+struct EvalOutcome {
+    std::string output;
+    bool quitting = false;
+    int exit_status = 0;
+};
+
+// Sends everything Octave prints (its stdout, fprintf(2, ...), warnings) into one buffer for
+// the time it lives, in the order printed, and restores the streams afterwards.
+class CaptureOutput {
+public:
+    CaptureOutput() : old_out_(octave_stdout.rdbuf(&buf_)), old_err_(std::cerr.rdbuf(&buf_)) {}
+    ~CaptureOutput() {
+        octave_stdout.flush();
+        std::cerr.flush();
+        octave_stdout.rdbuf(old_out_);
+        std::cerr.rdbuf(old_err_);
+    }
+    CaptureOutput(const CaptureOutput&) = delete;
+    CaptureOutput& operator=(const CaptureOutput&) = delete;
+    void append(const std::string& s) {
+        octave_stdout.flush();
+        std::cerr.flush();
+        buf_.sputn(s.data(), static_cast<std::streamsize>(s.size()));
+    }
+    std::string text() {
+        octave_stdout.flush();
+        std::cerr.flush();
+        return buf_.str();
+    }
+
+private:
+    std::stringbuf buf_;
+    std::streambuf* old_out_;
+    std::streambuf* old_err_;
+};
+
+EvalOutcome evaluate(octave::interpreter& interp, const std::string& command) {
+    EvalOutcome outcome;
+    CaptureOutput capture;
+    try {
+        int parse_status = 0;
+        interp.eval_string(command, false, parse_status, 0);
+    } catch (const octave::execution_exception& e) {
+        // Octave itself would print the error after what the command printed before it.
+        capture.append("error: " + e.message() + "\n");
+        interp.recover_from_exception();
+    } catch (const octave::exit_exception& e) {
+        outcome.quitting = true;
+        outcome.exit_status = e.exit_status();
+    } catch (const octave::interrupt_exception&) {
+        capture.append("error: interrupted\n");
+        interp.recover_from_exception();
+    } catch (const std::bad_alloc&) {
+        capture.append("error: out of memory or dimension too large for Octave's index type\n");
+        interp.recover_from_exception();
+    }
+    outcome.output = capture.text();
+    return outcome;
+}
+
+bool valid_variable_name(const std::string& name) {
+    return octave::valid_identifier(name) && !octave::iskeyword(name);
+}
+
+std::string error_frame(const std::string& message) {
+    Writer w(Kind::error);
+    w.put_string(message);
+    return w.finish();
+}
+
+class Server {
+public:
+    Server(octave::interpreter& interp, int fd) : interp_(interp), fd_(fd) {}
+
+    // Serves until the client closes the socket or asks to close; returns the exit status.
+    int run() {
+        std::string payload, error;
+        for (;;) {
+            switch (tamlo::wire::receive_frame(fd_, payload, error)) {
+                case tamlo::wire::ReceiveStatus::ok: break;
+                case tamlo::wire::ReceiveStatus::closed: return 0;
+                case tamlo::wire::ReceiveStatus::failed:
+                    // The stream cannot be resynchronised after a bad length: end the session.
+                    std::cerr << "octave-engine: " << error << "\n";
+                    return 2;
+            }
+            Reader r(payload.data(), payload.size());
+            Kind kind{};
+            if (!tamlo::wire::read_kind(r, kind)) {
+                if (!reply(error_frame(r.error()))) return 0;
+                continue;
+            }
+            if (kind == Kind::close) {
+                reply(Writer(Kind::ok).finish());
+                return 0;
+            }
+            int exit_status = 0;
+            if (!handle(kind, r, exit_status)) return exit_status;
+        }
+    }
+
+private:
+    bool reply(const std::string& frame) { return tamlo::wire::send_frame(fd_, frame); }
+
+    // False when the session is over (client gone, or the user's code asked Octave to quit).
+    bool handle(Kind kind, Reader& r, int& exit_status) {
+        switch (kind) {
+            case Kind::eval: return handle_eval(r, exit_status);
+            case Kind::put: return handle_put(r);
+            case Kind::get: return handle_get(r);
+            default: return reply(error_frame("unexpected frame kind " + std::to_string(static_cast<int>(kind))));
+        }
+    }
+
+    bool handle_eval(Reader& r, int& exit_status) {
+        uint32_t limit = 0;
+        std::string command;
+        if (!r.get_u32(limit, "output limit") || !r.get_string(command, "command") || !r.expect_end())
+            return reply(error_frame(r.error()));
+        EvalOutcome outcome = evaluate(interp_, command);
+        if (outcome.output.size() > limit) outcome.output.resize(limit);
+        Writer w(Kind::eval_done);
+        w.put_u8(outcome.quitting ? 1 : 0);
+        w.put_string(outcome.output);
+        bool sent = reply(w.finish());
+        if (outcome.quitting) {
+            exit_status = outcome.exit_status;
+            return false;
+        }
+        return sent;
+    }
+
+    bool handle_put(Reader& r) {
+        std::string name;
+        if (!r.get_string(name, "variable name")) return reply(error_frame(r.error()));
+        octave_value value;
+        if (!tamlo::engine::get_octave_value(r, value) || !r.expect_end()) return reply(error_frame(r.error()));
+        if (!valid_variable_name(name)) return reply(error_frame("invalid variable name '" + name + "'"));
+        try {
+            interp_.assign(name, value);
+        } catch (const octave::execution_exception& e) {
+            interp_.recover_from_exception();
+            return reply(error_frame("cannot assign '" + name + "': " + e.message()));
+        }
+        return reply(Writer(Kind::ok).finish());
+    }
+
+    bool handle_get(Reader& r) {
+        std::string name;
+        if (!r.get_string(name, "variable name") || !r.expect_end()) return reply(error_frame(r.error()));
+        if (!valid_variable_name(name) || !interp_.is_variable(name)) return reply(Writer(Kind::no_variable).finish());
+        Writer w(Kind::value);
+        try {
+            tamlo::engine::put_octave_value(w, interp_.varval(name));
+        } catch (const octave::execution_exception& e) {
+            interp_.recover_from_exception();
+            return reply(error_frame("cannot convert '" + name + "': " + e.message()));
+        }
+        return reply(w.finish());
+    }
+
+    octave::interpreter& interp_;
+    int fd_;
+};
+
+bool parse_int(const char* s, long& out) {
+    char* end = nullptr;
+    errno = 0;
+    out = std::strtol(s, &end, 10);
+    return errno == 0 && end != s && *end == '\0';
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    long fd = -1, parent = -1;
+    for (int k = 1; k + 1 < argc; k += 2) {
+        long v = 0;
+        if (!parse_int(argv[k + 1], v)) break;
+        if (std::strcmp(argv[k], "--fd") == 0) fd = v;
+        if (std::strcmp(argv[k], "--parent") == 0) parent = v;
+    }
+    if (fd < 0) {
+        std::cerr << "usage: octave-engine --fd N [--parent PID]\n";
+        return 64;
+    }
+    // Never outlive the host: die with it, and check it did not die before this was set.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (parent > 0 && ::getppid() != static_cast<pid_t>(parent)) return 1;
+    std::signal(SIGPIPE, SIG_IGN);
+
+    const int sock = static_cast<int>(fd);
+    int status = 0;
+    {
+        octave::interpreter interp;
+        interp.initialize_history(false);
+        interp.initialize_load_path();
+        interp.initialize();
+        if (!interp.initialized() || interp.execute() != 0) {
+            tamlo::wire::send_frame(sock, error_frame("the Octave interpreter did not start"));
+            ::_exit(3);
+        }
+        // Tells the client that the interpreter is ready.
+        if (!tamlo::wire::send_frame(sock, Writer(Kind::ok).finish())) ::_exit(0);
+        Server server(interp, sock);
+        status = server.run();
+        ::close(sock);
+        std::cout.flush();
+        std::cerr.flush();
+        // Tearing the interpreter down is slow and not needed: the process ends here.
+        ::_exit(status);
+    }
+}

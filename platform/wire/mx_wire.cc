@@ -1,0 +1,117 @@
+// mxArray <-> frame bytes, through libmx's public API only.
+#include "mx_wire.h"
+
+#include <cstring>
+#include <vector>
+
+namespace tamlo::wire {
+namespace {
+
+static_assert(sizeof(mxLogical) == 1, "logicals travel as one byte each");
+
+bool put_at(Writer& w, const mxArray* a, int depth, std::string& error) {
+    if (depth >= max_depth) {
+        error = "array nested deeper than " + std::to_string(max_depth) + " levels";
+        return false;
+    }
+    const unsigned c = mxGetClassID(a);
+    if (!is_known_class(c)) {
+        error = std::string("arrays of class ") + mxGetClassName(a) + " cannot be sent";
+        return false;
+    }
+    const mwSize ndim = mxGetNumberOfDimensions(a);
+    if (ndim > max_dims) {
+        error = "array has " + std::to_string(ndim) + " dimensions, at most " + std::to_string(max_dims) + " can be sent";
+        return false;
+    }
+    const mwSize* d = mxGetDimensions(a);
+    w.put_array_header(c, std::vector<uint64_t>(d, d + ndim));
+    const size_t numel = mxGetNumberOfElements(a);
+    if (is_data_class(c)) {
+        if (numel > 0) w.put_bytes(mxGetData(a), numel * data_element_size(c));
+        return true;
+    }
+    if (c == cell_class) {
+        for (size_t i = 0; i < numel; ++i) {
+            const mxArray* e = mxGetCell(a, i);
+            w.put_u8(e != nullptr ? 1 : 0);
+            if (e != nullptr && !put_at(w, e, depth + 1, error)) return false;
+        }
+        return true;
+    }
+    const int nfields = mxGetNumberOfFields(a);
+    w.put_u32(static_cast<uint32_t>(nfields));
+    for (int f = 0; f < nfields; ++f) w.put_string(mxGetFieldNameByNumber(a, f));
+    for (size_t i = 0; i < numel; ++i) {
+        for (int f = 0; f < nfields; ++f) {
+            const mxArray* e = mxGetFieldByNumber(a, i, f);
+            w.put_u8(e != nullptr ? 1 : 0);
+            if (e != nullptr && !put_at(w, e, depth + 1, error)) return false;
+        }
+    }
+    return true;
+}
+
+std::vector<mwSize> mx_dims(const ArrayHeader& h) { return std::vector<mwSize>(h.dims.begin(), h.dims.end()); }
+
+struct MxBuilder {
+    using Value = ArrayPtr;
+    using Cell = ArrayPtr;
+    using Struct = ArrayPtr;
+
+    bool make_data(const ArrayHeader& h, const unsigned char* bytes, Value& out) {
+        const std::vector<mwSize> d = mx_dims(h);
+        if (h.class_id == logical_class)
+            out.reset(mxCreateLogicalArray(d.size(), d.data()));
+        else if (h.class_id == char_class)
+            out.reset(mxCreateCharArray(d.size(), d.data()));
+        else
+            out.reset(mxCreateNumericArray(d.size(), d.data(), static_cast<mxClassID>(h.class_id), mxREAL));
+        if (out == nullptr) return false;
+        if (h.class_id == logical_class) {
+            // Any non-zero byte is true: a bool must never hold another value.
+            mxLogical* l = mxGetLogicals(out.get());
+            for (size_t i = 0; i < h.numel; ++i) l[i] = bytes[i] != 0;
+        } else if (h.numel > 0) {
+            std::memcpy(mxGetData(out.get()), bytes, h.numel * data_element_size(h.class_id));
+        }
+        return true;
+    }
+    bool begin_cell(const ArrayHeader& h, Cell& c) {
+        const std::vector<mwSize> d = mx_dims(h);
+        c.reset(mxCreateCellArray(d.size(), d.data()));
+        return c != nullptr;
+    }
+    void set_cell(Cell& c, size_t i, Value&& e) { mxSetCell(c.get(), i, e.release()); }
+    void end_cell(Cell& c, Value& out) { out = std::move(c); }
+    bool begin_struct(const ArrayHeader& h, const std::vector<std::string>& names, Struct& s) {
+        const std::vector<mwSize> d = mx_dims(h);
+        std::vector<const char*> n;
+        for (const std::string& name : names) n.push_back(name.c_str());
+        s.reset(mxCreateStructArray(d.size(), d.data(), static_cast<int>(n.size()), n.data()));
+        return s != nullptr;
+    }
+    void set_field(Struct& s, size_t i, size_t f, Value&& e) {
+        mxSetFieldByNumber(s.get(), i, static_cast<int>(f), e.release());
+    }
+    void end_struct(Struct& s, Value& out) { out = std::move(s); }
+};
+
+}  // namespace
+
+bool put_mx_array(Writer& w, const mxArray* a, std::string& error) {
+    if (a == nullptr) {
+        error = "no array to send";
+        return false;
+    }
+    return put_at(w, a, 0, error);
+}
+
+ArrayPtr get_mx_array(Reader& r) {
+    MxBuilder b;
+    ArrayPtr out;
+    if (!decode_top_array(r, b, out)) return nullptr;
+    return out;
+}
+
+}  // namespace tamlo::wire

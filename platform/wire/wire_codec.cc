@@ -1,0 +1,215 @@
+// Frame primitives and the checks every decoded array header passes.
+#include "wire_codec.h"
+
+#include <cctype>
+#include <cstring>
+
+namespace tamlo::wire {
+
+bool is_data_class(unsigned c) {
+    return c == logical_class || c == char_class || (c >= double_class && c <= uint64_class);
+}
+
+bool is_known_class(unsigned c) { return c == cell_class || c == struct_class || is_data_class(c); }
+
+size_t data_element_size(unsigned c) {
+    switch (c) {
+        case double_class:
+        case int64_class:
+        case uint64_class: return 8;
+        case single_class:
+        case int32_class:
+        case uint32_class: return 4;
+        case int16_class:
+        case uint16_class:
+        case char_class: return 2;
+        default: return 1;
+    }
+}
+
+bool valid_field_name(std::string_view name) {
+    if (name.empty() || name.size() > max_field_name_length || !std::isalpha(static_cast<unsigned char>(name[0])))
+        return false;
+    for (char ch : name) {
+        unsigned char c = static_cast<unsigned char>(ch);
+        if (!std::isalnum(c) && c != '_') return false;
+    }
+    return true;
+}
+
+std::string element_step(size_t index, size_t numel) {
+    return numel == 1 ? std::string() : "(" + std::to_string(index + 1) + ")";
+}
+
+std::string ArrayHeader::shape() const {
+    std::string s;
+    for (size_t k = 0; k < dims.size(); ++k) s += (k > 0 ? " x " : "") + std::to_string(dims[k]);
+    return s;
+}
+
+Writer::Writer(Kind kind) {
+    buf_.reserve(256);
+    buf_.append(header_length, '\0');
+    put_u8(static_cast<uint8_t>(kind));
+}
+
+void Writer::put_u32(uint32_t v) {
+    char b[4];
+    for (int k = 0; k < 4; ++k) b[k] = static_cast<char>((v >> (8 * k)) & 0xff);
+    buf_.append(b, 4);
+}
+
+void Writer::put_u64(uint64_t v) {
+    char b[8];
+    for (int k = 0; k < 8; ++k) b[k] = static_cast<char>((v >> (8 * k)) & 0xff);
+    buf_.append(b, 8);
+}
+
+void Writer::put_string(std::string_view s) {
+    put_u32(static_cast<uint32_t>(s.size()));
+    buf_.append(s.data(), s.size());
+}
+
+void Writer::put_array_header(unsigned class_id, const std::vector<uint64_t>& dims) {
+    put_u8(static_cast<uint8_t>(class_id));
+    put_u8(static_cast<uint8_t>(dims.size()));
+    for (uint64_t d : dims) put_u64(d);
+}
+
+const std::string& Writer::finish() {
+    const size_t length = buf_.size() - header_length;
+    for (size_t k = 0; k < header_length; ++k) buf_[k] = static_cast<char>((length >> (8 * k)) & 0xff);
+    return buf_;
+}
+
+bool Reader::fail(std::string message) {
+    if (error_.empty()) error_ = std::move(message);
+    return false;
+}
+
+bool Reader::need(size_t n, const char* what) {
+    if (!error_.empty()) return false;
+    if (n <= left_) return true;
+    return fail(std::string("truncated frame: ") + what + " needs " + std::to_string(n) + " bytes, " +
+                std::to_string(left_) + " left");
+}
+
+bool Reader::get_u8(uint8_t& v, const char* what) {
+    if (!need(1, what)) return false;
+    v = *p_++;
+    --left_;
+    return true;
+}
+
+bool Reader::get_u32(uint32_t& v, const char* what) {
+    if (!need(4, what)) return false;
+    v = 0;
+    for (int k = 0; k < 4; ++k) v |= static_cast<uint32_t>(p_[k]) << (8 * k);
+    p_ += 4;
+    left_ -= 4;
+    return true;
+}
+
+bool Reader::get_u64(uint64_t& v, const char* what) {
+    if (!need(8, what)) return false;
+    v = 0;
+    for (int k = 0; k < 8; ++k) v |= static_cast<uint64_t>(p_[k]) << (8 * k);
+    p_ += 8;
+    left_ -= 8;
+    return true;
+}
+
+bool Reader::get_bytes(const unsigned char*& p, size_t n, const char* what) {
+    if (!need(n, what)) return false;
+    p = p_;
+    p_ += n;
+    left_ -= n;
+    return true;
+}
+
+bool Reader::get_string(std::string& s, const char* what) {
+    uint32_t n = 0;
+    if (!get_u32(n, what)) return false;
+    if (n > left_)
+        return fail(std::string("truncated frame: ") + what + " of length " + std::to_string(n) + " exceeds the " +
+                    std::to_string(left_) + " bytes left");
+    s.assign(reinterpret_cast<const char*>(p_), n);
+    p_ += n;
+    left_ -= n;
+    return true;
+}
+
+bool Reader::get_present(bool& present, const char* what) {
+    uint8_t v = 0;
+    if (!get_u8(v, what)) return false;
+    if (v > 1) return fail(std::string("corrupt frame: ") + what + " " + std::to_string(v) + " (0 or 1 expected)");
+    present = v == 1;
+    return true;
+}
+
+bool Reader::get_array_header(ArrayHeader& h) {
+    uint8_t c = 0, ndim = 0;
+    if (!get_u8(c, "class id") || !get_u8(ndim, "number of dimensions")) return false;
+    if (!is_known_class(c)) return fail("corrupt frame: unknown class id " + std::to_string(c));
+    if (ndim < 2 || ndim > max_dims)
+        return fail("corrupt frame: " + std::to_string(ndim) + " dimensions (2 to " + std::to_string(max_dims) +
+                    " allowed)");
+    h.class_id = c;
+    h.dims.resize(ndim);
+    h.numel = 1;
+    bool overflow = false;
+    for (unsigned k = 0; k < ndim; ++k) {
+        if (!get_u64(h.dims[k], "dimension")) return false;
+        const uint64_t d = h.dims[k];
+        if (d != 0 && h.numel > max_frame_length / d) overflow = true;
+        h.numel = overflow ? 0 : h.numel * static_cast<size_t>(d);
+    }
+    // Every element takes at least one byte of a frame (a struct without fields aside), so no
+    // honest array has more elements than the largest frame has bytes.
+    if (overflow) return fail("corrupt frame: dims " + h.shape() + " hold more elements than a frame can carry");
+    if (is_data_class(c)) {
+        const size_t bytes = h.numel * data_element_size(c);
+        if (bytes > left_)
+            return fail("truncated frame: dims " + h.shape() + " need " + std::to_string(bytes) + " bytes of data, " +
+                        std::to_string(left_) + " left");
+    } else if (c == cell_class && h.numel > left_) {
+        return fail("truncated frame: cell of " + h.shape() + " needs at least " + std::to_string(h.numel) +
+                    " bytes, " + std::to_string(left_) + " left");
+    }
+    return true;
+}
+
+bool Reader::get_field_names(const ArrayHeader& h, std::vector<std::string>& names) {
+    uint32_t nfields = 0;
+    if (!get_u32(nfields, "field count")) return false;
+    // Each field name takes at least 4 bytes, each value slot at least 1.
+    if (nfields > left_ / 4 || (nfields > 0 && h.numel > left_ / nfields))
+        return fail("truncated frame: struct of " + h.shape() + " with " + std::to_string(nfields) +
+                    " fields needs more than the " + std::to_string(left_) + " bytes left");
+    names.resize(nfields);
+    for (uint32_t f = 0; f < nfields; ++f) {
+        if (!get_string(names[f], "field name")) return false;
+        if (!valid_field_name(names[f])) return fail("corrupt frame: invalid field name '" + names[f] + "'");
+        for (uint32_t g = 0; g < f; ++g)
+            if (names[g] == names[f]) return fail("corrupt frame: repeated field name '" + names[f] + "'");
+    }
+    return true;
+}
+
+bool Reader::expect_end() {
+    if (failed()) return false;
+    if (left_ == 0) return true;
+    return fail("corrupt frame: " + std::to_string(left_) + " unexpected bytes after the payload");
+}
+
+bool read_kind(Reader& r, Kind& kind) {
+    uint8_t k = 0;
+    if (!r.get_u8(k, "frame kind")) return false;
+    const bool request = k >= static_cast<uint8_t>(Kind::eval) && k <= static_cast<uint8_t>(Kind::close);
+    const bool reply = k >= static_cast<uint8_t>(Kind::eval_done) && k <= static_cast<uint8_t>(Kind::error);
+    if (!request && !reply) return r.fail("corrupt frame: unknown frame kind " + std::to_string(k));
+    kind = static_cast<Kind>(k);
+    return true;
+}
+
+}  // namespace tamlo::wire

@@ -1,0 +1,212 @@
+// The binary frames that libeng and octave-engine exchange over their socket: primitives,
+// and one checked array decoder shared by both ends (each end supplies a builder for its own
+// value type; the engine cannot see matrix.h because Octave declares its own mxArray).
+//
+// A frame is a 4-byte little-endian length L (1..max_frame_length), then L bytes: one kind
+// byte and the kind's payload. Integers are little-endian; numeric data is copied in the
+// machine's own order (both ends always run on the same machine).
+//
+//   eval        u32 output limit (bytes the client keeps), string command
+//   eval_done   u8 status (0 evaluated, 1 the engine is quitting), string printed output
+//   put         string name, array
+//   get         string name
+//   value       array
+//   ok, no_variable, close    no payload
+//   error       string message
+//
+// string: u32 length, bytes. array: u8 class id (mxClassID's numbers), u8 number of dims
+// (2..max_dims), u64 per dim, then by class: numeric/char/logical data (count x element size
+// bytes; logicals one byte each); cell: per element u8 present (0/1) and, when 1, an array;
+// struct: u32 field count, the field names as strings in order, then per element, per field,
+// u8 present and, when 1, an array.
+#ifndef TAMLO_PLATFORM_WIRE_CODEC_H
+#define TAMLO_PLATFORM_WIRE_CODEC_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace tamlo::wire {
+
+enum class Kind : uint8_t {
+    eval = 1,
+    put = 2,
+    get = 3,
+    close = 4,
+    eval_done = 0x81,
+    ok = 0x82,
+    value = 0x83,
+    no_variable = 0x84,
+    error = 0x85,
+};
+
+constexpr uint32_t max_frame_length = 512u << 20;
+constexpr int max_depth = 64;
+constexpr unsigned max_dims = 32;
+constexpr size_t header_length = 4;
+constexpr size_t max_field_name_length = 63;
+
+// Class ids as MATLAB numbers them (mxClassID).
+enum ClassId : uint8_t {
+    cell_class = 1,
+    struct_class = 2,
+    logical_class = 3,
+    char_class = 4,
+    double_class = 6,
+    single_class = 7,
+    int8_class = 8,
+    uint8_class = 9,
+    int16_class = 10,
+    uint16_class = 11,
+    int32_class = 12,
+    uint32_class = 13,
+    int64_class = 14,
+    uint64_class = 15,
+};
+
+bool is_data_class(unsigned c);
+bool is_known_class(unsigned c);
+size_t data_element_size(unsigned c);
+bool valid_field_name(std::string_view name);
+
+// Builds one frame. The length prefix is filled in by finish().
+class Writer {
+public:
+    explicit Writer(Kind kind);
+    void put_u8(uint8_t v) { buf_.push_back(static_cast<char>(v)); }
+    void put_u32(uint32_t v);
+    void put_u64(uint64_t v);
+    void put_bytes(const void* p, size_t n) { buf_.append(static_cast<const char*>(p), n); }
+    void put_string(std::string_view s);
+    // class id, dims
+    void put_array_header(unsigned class_id, const std::vector<uint64_t>& dims);
+    // The whole frame, length prefix included.
+    const std::string& finish();
+
+private:
+    std::string buf_;
+};
+
+struct ArrayHeader {
+    unsigned class_id = 0;
+    std::vector<uint64_t> dims;
+    size_t numel = 0;
+    std::string shape() const;
+};
+
+// Reads the payload of one frame (after the length prefix). Every read is checked against
+// the bytes left; the first failure stops reading and error() names what was wrong.
+class Reader {
+public:
+    Reader(const void* data, size_t length) : p_(static_cast<const unsigned char*>(data)), left_(length) {}
+    bool get_u8(uint8_t& v, const char* what);
+    bool get_u32(uint32_t& v, const char* what);
+    bool get_u64(uint64_t& v, const char* what);
+    bool get_string(std::string& s, const char* what);
+    // Hands out n bytes in place.
+    bool get_bytes(const unsigned char*& p, size_t n, const char* what);
+    // Class id and dims, checked: known class, 2..max_dims dims, element count that the rest
+    // of the frame can hold.
+    bool get_array_header(ArrayHeader& h);
+    // Struct field names, checked: valid identifiers, no repeats, lengths within the frame.
+    bool get_field_names(const ArrayHeader& h, std::vector<std::string>& names);
+    // A present marker of an element (0 or 1).
+    bool get_present(bool& present, const char* what);
+    // True when every byte has been consumed; otherwise fails.
+    bool expect_end();
+    // Records the first failure; always false.
+    bool fail(std::string message);
+    bool failed() const { return !error_.empty(); }
+    const std::string& error() const { return error_; }
+    size_t left() const { return left_; }
+    // Where in the array being decoded a failure lies, built while unwinding.
+    void prefix_location(const std::string& step) { where_ = step + where_; }
+    void finish_location() {
+        if (!where_.empty()) error_ += " (at value" + where_ + ")";
+        where_.clear();
+    }
+
+private:
+    bool need(size_t n, const char* what);
+    const unsigned char* p_;
+    size_t left_;
+    std::string error_;
+    std::string where_;
+};
+
+// Reads a payload's kind byte; fails for an empty payload or an unknown kind.
+bool read_kind(Reader& r, Kind& kind);
+
+std::string element_step(size_t index, size_t numel);
+
+// Decodes one array with a builder B that provides:
+//   using Value, Cell, Struct;
+//   bool make_data(const ArrayHeader&, const unsigned char* bytes, Value& out);
+//   bool begin_cell(const ArrayHeader&, Cell&);  void set_cell(Cell&, size_t i, Value&&);
+//   void end_cell(Cell&, Value& out);
+//   bool begin_struct(const ArrayHeader&, const std::vector<std::string>& names, Struct&);
+//   void set_field(Struct&, size_t i, size_t f, Value&&);  void end_struct(Struct&, Value& out);
+// Elements marked absent are left as the builder made them.
+template <class B>
+bool decode_array(Reader& r, B& b, typename B::Value& out, int depth = 0) {
+    if (depth >= max_depth)
+        return r.fail("corrupt frame: array nested deeper than " + std::to_string(max_depth) + " levels");
+    ArrayHeader h;
+    if (!r.get_array_header(h)) return false;
+    if (is_data_class(h.class_id)) {
+        const unsigned char* bytes = nullptr;
+        if (!r.get_bytes(bytes, h.numel * data_element_size(h.class_id), "array data")) return false;
+        return b.make_data(h, bytes, out) || r.fail("cannot allocate an array of " + h.shape());
+    }
+    if (h.class_id == cell_class) {
+        typename B::Cell c;
+        if (!b.begin_cell(h, c)) return r.fail("cannot allocate a cell of " + h.shape());
+        for (size_t i = 0; i < h.numel; ++i) {
+            bool present = false;
+            if (!r.get_present(present, "cell element marker")) return false;
+            if (!present) continue;
+            typename B::Value e{};
+            if (!decode_array(r, b, e, depth + 1)) {
+                r.prefix_location("{" + std::to_string(i + 1) + "}");
+                return false;
+            }
+            b.set_cell(c, i, std::move(e));
+        }
+        b.end_cell(c, out);
+        return true;
+    }
+    std::vector<std::string> names;
+    if (!r.get_field_names(h, names)) return false;
+    typename B::Struct s;
+    if (!b.begin_struct(h, names, s)) return r.fail("cannot allocate a struct of " + h.shape());
+    for (size_t i = 0; i < h.numel; ++i) {
+        for (size_t f = 0; f < names.size(); ++f) {
+            bool present = false;
+            if (!r.get_present(present, "field value marker")) return false;
+            if (!present) continue;
+            typename B::Value e{};
+            if (!decode_array(r, b, e, depth + 1)) {
+                r.prefix_location(element_step(i, h.numel) + "." + names[f]);
+                return false;
+            }
+            b.set_field(s, i, f, std::move(e));
+        }
+    }
+    b.end_struct(s, out);
+    return true;
+}
+
+// decode_array at the top of a frame, with the failure's location appended to the message.
+template <class B>
+bool decode_top_array(Reader& r, B& b, typename B::Value& out) {
+    bool ok = decode_array(r, b, out);
+    if (!ok) r.finish_location();
+    return ok;
+}
+
+}  // namespace tamlo::wire
+
+#endif
