@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include "grid_structs.h"
@@ -184,6 +185,8 @@ struct UnreadableModelCase {
     std::shared_ptr<IGridModel> model;
     std::string model_type;
 };
+
+void PrintTo(const UnreadableModelCase& c, std::ostream* os) { *os << c.what; }
 
 class UnreadableModel : public testing::TestWithParam<UnreadableModelCase> {};
 

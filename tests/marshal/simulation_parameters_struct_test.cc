@@ -2,6 +2,7 @@
 // parameters, emissions, operating reserve, and a refill of the kept struct.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "mx_expect.h"
@@ -89,6 +90,8 @@ struct HasFlagCase {
     void (*add)(SimulationParameters&);
 };
 
+void PrintTo(const HasFlagCase& c, std::ostream* os) { *os << c.flag; }
+
 class HasFlag : public testing::TestWithParam<HasFlagCase> {};
 
 TEST_P(HasFlag, IsTrueExactlyWhenItsListHasEntries) {
@@ -150,6 +153,8 @@ struct ExtensionValueCase {
     std::int32_t type;
     Expected value;
 };
+
+void PrintTo(const ExtensionValueCase& c, std::ostream* os) { *os << c.what; }
 
 class ExtensionParameterValue : public testing::TestWithParam<ExtensionValueCase> {};
 

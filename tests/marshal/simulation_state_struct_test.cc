@@ -2,6 +2,7 @@
 // current_state texts, flywheel logicals, and refills of the kept struct.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "mx_expect.h"
@@ -76,6 +77,8 @@ struct ElementCase {
     const char* list;
     std::vector<FieldRow> fields;
 };
+
+void PrintTo(const ElementCase& c, std::ostream* os) { *os << c.list; }
 
 class StateElement : public testing::TestWithParam<ElementCase> {};
 
@@ -183,6 +186,8 @@ struct CurrentStateCase {
     const char* generator_text;     // null: no current_state
     const char* wind_turbine_text;  // null: no current_state
 };
+
+void PrintTo(const CurrentStateCase& c, std::ostream* os) { *os << "code " << c.code; }
 
 class CurrentState : public testing::TestWithParam<CurrentStateCase> {};
 
