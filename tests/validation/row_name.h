@@ -1,0 +1,35 @@
+// Names parameterized test rows after their description, so a failure names the case.
+#ifndef TAMLO_TESTS_VALIDATION_ROW_NAME_H
+#define TAMLO_TESTS_VALIDATION_ROW_NAME_H
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <string>
+
+namespace tamlo_test {
+
+inline std::string row_name_from(std::string text, std::size_t index) {
+    for (char& c : text) {
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    }
+    return std::to_string(index) + "_" + text;
+}
+
+// Rows with a `name` member are named after it; others by position.
+struct RowName {
+    template <typename Row>
+    std::string operator()(const ::testing::TestParamInfo<Row>& info) const {
+        if constexpr (requires { info.param.name; }) {
+            return row_name_from(info.param.name, info.index);
+        } else {
+            return std::to_string(info.index);
+        }
+    }
+};
+
+inline constexpr RowName row_name{};
+
+}  // namespace tamlo_test
+
+#endif

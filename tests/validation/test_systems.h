@@ -1,0 +1,115 @@
+// Records for the validation tests: a small system whose dispatch breaks no rule, and the
+// pieces to build others from.
+#ifndef TAMLO_TESTS_VALIDATION_TEST_SYSTEMS_H
+#define TAMLO_TESTS_VALIDATION_TEST_SYSTEMS_H
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tamlo_dispatch/dispatch_outcome.h"
+#include "tamlo_dispatch/simulation_parameters.h"
+#include "tamlo_dispatch/simulation_state.h"
+#include "validate_dispatch.h"
+
+namespace tamlo_test {
+
+using namespace tamlo_dispatch;
+
+struct System {
+    SimulationParameters parameters;
+    SimulationState state;
+};
+
+template <typename Parameters>
+Parameters on_bus(bool is_ac) {
+    Parameters p;
+    p.component.is_AC = is_ac;
+    return p;
+}
+
+inline GeneratorParameters generator_parameters(bool is_ac, double minimum_load) {
+    GeneratorParameters p = on_bus<GeneratorParameters>(is_ac);
+    p.minimum_load = minimum_load;
+    return p;
+}
+
+inline ConverterParameters converter_parameters(double inverter_capacity, double rectifier_capacity,
+                                                double inverter_efficiency, double rectifier_efficiency) {
+    ConverterParameters c;
+    c.inverter_capacity = inverter_capacity;
+    c.rectifier_capacity = rectifier_capacity;
+    c.inverter_efficiency = inverter_efficiency;
+    c.rectifier_efficiency = rectifier_efficiency;
+    return c;
+}
+
+inline GridParameters grid_parameters() {
+    GridParameters g;
+    g.technical_model = std::make_shared<RealTime>();
+    return g;
+}
+
+inline BusState bus(double requested, double served, double unmet, double excess, double capacity_requested,
+                    double capacity_served, double shortage) {
+    return BusState{requested, served, unmet, excess, capacity_requested, capacity_served, shortage};
+}
+
+// A balanced system of each kind of component on both buses; every check passes.
+// AC: generators 40 + 30, PV 20, wind 10, no converter flow, no grid trade -> 100 served of 100.
+// DC: battery discharging 9, custom component 1 (own flag DC) -> 10 served of 10.
+inline System quiet_system() {
+    System s;
+    SimulationParameters& p = s.parameters;
+    SimulationState& st = s.state;
+
+    p.generator_list = {generator_parameters(true, 10.0), generator_parameters(true, 5.0)};
+    st.generator_list = {{100.0, 40.0, DISPATCH_DECIDES}, {80.0, 30.0, FORCED_ON_FOR_SCHEDULE}};
+
+    p.pv_list = {on_bus<PvParameters>(true)};
+    st.pv_list = {{25.0, 20.0}};
+
+    p.wind_turbine_list = {on_bus<WindTurbineParameters>(true)};
+    st.wind_turbine_list = {{10.0, 12.0, DISPATCH_DECIDES}};
+
+    p.battery_list = {on_bus<BatteryParameters>(false)};
+    BatteryState battery;
+    battery.max_discharge_power = 50.0;
+    battery.power_setpoint = -9.0;
+    st.battery_list = {battery};
+
+    CustomComponentParameters custom = on_bus<CustomComponentParameters>(true);
+    custom.is_AC = false;  // the custom component's own flag decides its bus
+    p.custom_component_list = {custom};
+    st.custom_component_list = {{2.0, 1.0}};
+
+    p.converter_list = {converter_parameters(100.0, 100.0, 90.0, 85.0)};
+    st.converter_list = {ConverterState{}};
+
+    p.grid_list = {grid_parameters()};
+    GridState grid;
+    grid.max_grid_purchases = 50.0;
+    grid.max_grid_sales = 50.0;
+    st.grid_list = {grid};
+
+    p.primary_load_list = {{"ac load", true, 100.0}, {"dc load", false, 10.0}};
+    st.primary_load_list = {{100.0, 100.0}, {10.0, 10.0}};
+
+    st.ac_bus = bus(100.0, 100.0, 0.0, 0.0, 20.0, 20.0, 0.0);
+    st.dc_bus = bus(10.0, 10.0, 0.0, 0.0, 5.0, 5.0, 0.0);
+    st.current_timestep = 4;
+    return s;
+}
+
+// The warnings of one validation, after the given earlier ones.
+inline std::vector<std::string> validate(const System& s, std::vector<std::string> earlier = {}) {
+    SimulationErrorsAndWarnings messages;
+    messages.simulation_warnings = std::move(earlier);
+    tamlo_validation::validate_dispatch(s.parameters, s.state, messages);
+    return messages.simulation_warnings;
+}
+
+}  // namespace tamlo_test
+
+#endif

@@ -1,0 +1,19 @@
+// Checks the first system converter's flows against its efficiencies and capacities.
+#ifndef TAMLO_VALIDATION_CONVERTER_CHECKS_H
+#define TAMLO_VALIDATION_CONVERTER_CHECKS_H
+
+#include <string>
+#include <vector>
+
+#include "tamlo_dispatch/simulation_parameters.h"
+#include "tamlo_dispatch/simulation_state.h"
+
+namespace tamlo_validation {
+
+// Looks at the first converter only; nothing when either list has no first entry.
+void check_converter(const tamlo_dispatch::SimulationParameters& parameters,
+                     const tamlo_dispatch::SimulationState& state, std::vector<std::string>& warnings);
+
+}  // namespace tamlo_validation
+
+#endif
