@@ -1,0 +1,94 @@
+// The run loop: start, one dispatch per step between plant and books, end.
+#include "run.h"
+
+#include <chrono>
+
+#include "plant_model.h"
+
+namespace tamlo_host {
+
+using namespace tamlo_dispatch;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double seconds_since(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// Releases the object through its own destroy even when the run throws.
+struct ExtensionObject {
+    IDispatchExtension* extension;
+    ~ExtensionObject() {
+        if (extension != nullptr) extension->destroy();
+    }
+};
+
+// The dispatch call reports only critical errors, and the extension lists its stored error
+// unprefixed after the end function's "MATLAB error: " entries.
+bool has_stored_error(const std::vector<std::string>& errors) {
+    for (const std::string& e : errors) {
+        if (e.rfind("MATLAB error: ", 0) != 0) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+RunOutcome run_scenario(const Scenario& scenario, const std::function<IDispatchExtension*()>& create,
+                        const RunHooks& hooks) {
+    RunOutcome outcome(scenario.parameters.generator_list.size());
+    auto mark = Clock::now();
+    ExtensionObject object{create()};
+    IDispatchExtension& extension = *object.extension;
+
+    const std::shared_ptr<DispatchError> started = extension.start_simulation(scenario.parameters);
+    outcome.start_error = *started;
+    outcome.times.start_seconds = seconds_since(mark);
+    const bool can_run = started->severity != DISPATCH_CRITICAL_ERROR;
+
+    if (can_run) {
+        PlantModel plant(scenario);
+        SimulationState state;
+        for (std::size_t t = 0; t < scenario.steps; ++t) {
+            mark = Clock::now();
+            plant.fill_state(t, state);
+            outcome.times.plant_seconds += seconds_since(mark);
+
+            mark = Clock::now();
+            extension.dispatch(state);
+            outcome.times.dispatch_seconds += seconds_since(mark);
+
+            mark = Clock::now();
+            const StepOutcome applied = plant.apply(state);
+            outcome.books.record(state, applied, plant.hours());
+            if (hooks.on_step) hooks.on_step(t, state);
+            if (hooks.on_progress) hooks.on_progress(t + 1, scenario.steps);
+            outcome.times.plant_seconds += seconds_since(mark);
+            ++outcome.steps_run;
+        }
+    }
+
+    mark = Clock::now();
+    if (can_run) {
+        const std::shared_ptr<SimulationErrorsAndWarnings> messages = extension.end_simulation();
+        outcome.errors = messages->simulation_errors;
+        outcome.warnings = messages->simulation_warnings;
+    }
+    const std::shared_ptr<ResultParameters> results = extension.get_result_parameters();
+    for (const auto* list : {&results->generator_results, &results->primary_load_results, &results->pv_results,
+                             &results->battery_results, &results->wind_turbine_results, &results->converter_results,
+                             &results->flywheel_results}) {
+        outcome.result_entries += list->size();
+    }
+    extension.close_engine();
+    extension.destroy();
+    object.extension = nullptr;
+    outcome.times.end_seconds = seconds_since(mark);
+
+    outcome.critical = !can_run || has_stored_error(outcome.errors);
+    return outcome;
+}
+
+}  // namespace tamlo_host
