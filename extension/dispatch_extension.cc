@@ -89,7 +89,7 @@ void DispatchExtension::dispatch(SimulationState& state) {
         // The host went on after a start that opened no engine, or after close_engine. This
         // is a simulation error, not a critical one: a critical error would lock the object
         // for good, while the cure is simply a start that succeeds (which clears it).
-        set_simulation_error(dispatch_error_, tamlo_matlab::no_engine_dispatch_message(dispatch_function_));
+        set_simulation_error(dispatch_error_, tamlo_matlab::no_engine_dispatch_message());
         return;
     }
     auto outcome = matlab_connection_.call_dispatch(dispatch_function_, state, simulation_parameters_);
@@ -111,7 +111,7 @@ std::shared_ptr<SimulationErrorsAndWarnings> DispatchExtension::end_simulation()
             result->simulation_warnings.push_back("MATLAB warning: " + text);
         }
     } else {
-        result->simulation_errors.push_back(tamlo_matlab::no_engine_end_simulation_message(end_simulation_function_));
+        result->simulation_errors.push_back(tamlo_matlab::no_engine_end_simulation_message());
     }
     result->simulation_errors.insert(result->simulation_errors.end(), errors_and_warnings_.simulation_errors.begin(),
                                      errors_and_warnings_.simulation_errors.end());

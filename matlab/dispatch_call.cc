@@ -55,7 +55,7 @@ std::shared_ptr<DispatchError> MatlabConnection::call_dispatch(std::string funct
                                                                const SimulationParameters& parameters) {
     auto outcome = std::make_shared<DispatchError>();
     if (!open_) {
-        set_critical_error(*outcome, no_engine_dispatch_message(function_name));
+        set_critical_error(*outcome, no_engine_dispatch_message());
         return outcome;
     }
 

@@ -14,14 +14,14 @@ namespace tamlo_matlab {
 
 using tamlo_dispatch::DispatchError;
 
-std::string no_engine_dispatch_message(const std::string& function_name) {
-    return "The dispatch function " + function_name +
-           " was not called: no MATLAB engine is open. start_simulation has to succeed in opening one first.";
+std::string no_engine_dispatch_message() {
+    return "The dispatch function was not called: no MATLAB engine is open. start_simulation has to succeed in "
+           "opening one first.";
 }
 
-std::string no_engine_end_simulation_message(const std::string& function_name) {
-    return "The end simulation function " + function_name +
-           " was not called: no MATLAB engine is open. start_simulation has to succeed in opening one first.";
+std::string no_engine_end_simulation_message() {
+    return "The end simulation function was not called: no MATLAB engine is open. start_simulation has to succeed "
+           "in opening one first.";
 }
 
 MatlabConnection::~MatlabConnection() {

@@ -20,8 +20,8 @@ inline constexpr std::size_t kMatlabTextBufferSize = 1024;
 
 // Reported instead of calling MATLAB when no engine is open (a start that stopped before
 // opening one, no start at all, or a closed engine).
-std::string no_engine_dispatch_message(const std::string& function_name);
-std::string no_engine_end_simulation_message(const std::string& function_name);
+std::string no_engine_dispatch_message();
+std::string no_engine_end_simulation_message();
 
 class MatlabConnection {
 public:

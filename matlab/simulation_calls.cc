@@ -12,8 +12,7 @@ std::shared_ptr<DispatchError> MatlabConnection::call_start_simulation(std::stri
     auto result = std::make_shared<DispatchError>();
     const std::string command = "[init_error, custom_variables] = " + function_name + "(simulation_parameters);";
     if (!open_) {
-        set_critical_error(*result, "The start simulation function " + function_name +
-                                        " was not called: no MATLAB engine is open.");
+        set_critical_error(*result, "The start simulation function was not called: no MATLAB engine is open.");
         return result;
     }
 
@@ -60,7 +59,7 @@ void MatlabConnection::apply_severity_code(std::string description, std::string 
 SimulationErrorsAndWarnings MatlabConnection::call_end_simulation(std::string function_name) {
     SimulationErrorsAndWarnings lists;
     if (!open_) {
-        lists.simulation_errors.push_back(no_engine_end_simulation_message(function_name));
+        lists.simulation_errors.push_back(no_engine_end_simulation_message());
         return lists;
     }
 

@@ -229,7 +229,7 @@ const FailingDispatch failing_dispatches[] = {
      6, [](SimulationState& s) { s.ac_bus.load_served = 701; }},
     {"no_such_dispatch_function",
      "MATLAB error while executing '" + command_of("no_such_dispatch_function") +
-         "': error: 'no_such_dispatch_function' undefined",
+         "': error: 'no_such_dispatch_function' undefined near line 1, column 44",
      0, {}},
 };
 

@@ -22,12 +22,16 @@ std::string end_command(const std::string& function) {
     return "end_sim_out = " + function + "(simulation_parameters, custom_variables);";
 }
 
-// One engine, one run per case. The case without end_sim_out comes first, while the
-// workspace holds no end_sim_out of an earlier run.
+// One engine, one run per case. The cases without end_sim_out come first, while the
+// workspace holds no end_sim_out of an earlier run (which would be read instead).
 TEST(EndFunction, EndSimOutBecomesPrefixedErrorsAndWarnings) {
     const EndCase cases[] = {
         {"end_no_output",
-         {"MATLAB error: MATLAB error while executing '" + end_command("end_no_output") + "': NO_OUTPUT"},
+         {"MATLAB error: MATLAB error while executing '" + end_command("end_no_output") + "': error: 'end_sim_out' undefined near line 1, column 10"},
+         {}},
+        {"no_such_end_function",
+         {"MATLAB error: MATLAB error while executing '" + end_command("no_such_end_function") +
+          "': error: 'no_such_end_function' undefined near line 1, column 15"},
          {}},
         {"end_two_errors", {"MATLAB error: first error", "MATLAB error: second error\nwith a second line"}, {}},
         {"end_missing_field",
@@ -42,10 +46,6 @@ TEST(EndFunction, EndSimOutBecomesPrefixedErrorsAndWarnings) {
         // Printing is ignored by the end call.
         {"end_warnings", {"MATLAB error: end error"}, {"MATLAB warning: first warning", "MATLAB warning: second warning"}},
         {"end_empty_lists", {}, {}},
-        {"no_such_end_function",
-         {"MATLAB error: MATLAB error while executing '" + end_command("no_such_end_function") +
-          "': error: 'no_such_end_function' undefined"},
-         {}},
     };
     ExtensionPtr extension = create_extension();
     for (const EndCase& c : cases) {

@@ -40,7 +40,14 @@ TEST(GridModels, HostMadeModelsAppearInMatlab) {
     ExtensionPtr extension = create_extension();
     auto result = extension->start_simulation(parameters);
     EXPECT_EQ(result->severity, DISPATCH_SIMULATION_ERROR);
-    EXPECT_EQ(result->message, "MATLAB error: GRIDS");
+    EXPECT_EQ(result->message, "MATLAB error: "
+              "grid 1: model_type,demand_rate,demand_rate_index,realtime_power_price,realtime_sellback_rate; "
+              "prices [0.1 0.25 0.3];"
+              "grid 2: model_type,tariff_name,tariff_code,consumption_rates,demand_rates,fixed_rates,minimum_rates,"
+              "tax_rates,purchase_price,export_price,demand_price; tariff Winter saver;"
+              "grid 3: model_type,demand_rate,demand_rate_index,grid_rate,grid_rate_index;"
+              "grid 4: model_type;"
+              "grid 5: model_type;");
 }
 
 }  // namespace

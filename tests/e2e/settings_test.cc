@@ -124,7 +124,7 @@ TEST(EngineStart, MissingFolderIsCriticalLeavesEngineOpenAndIsNotRetried) {
     auto failed = extension->start_simulation(
         empty_system({"/nonexistent/tamlo folder", "start_ok", "dispatch_identity", "end_two_errors"}));
     EXPECT_EQ(failed->severity, DISPATCH_CRITICAL_ERROR);
-    EXPECT_EQ(failed->message, "MATLAB error: error: cd: /nonexistent/tamlo folder: No such file or directory");
+    EXPECT_EQ(failed->message, "MATLAB error: error: /nonexistent/tamlo folder: No such file or directory");
 
     // The engine stayed open: a start with a good folder does not change folder again, so
     // the start function in the fixture folder is not found.
@@ -132,15 +132,15 @@ TEST(EngineStart, MissingFolderIsCriticalLeavesEngineOpenAndIsNotRetried) {
     EXPECT_EQ(second->severity, DISPATCH_CRITICAL_ERROR);
     EXPECT_EQ(second->message,
               "MATLAB error while executing '[init_error, custom_variables] = start_ok(simulation_parameters);': "
-              "error: 'start_ok' undefined");
+              "error: 'start_ok' undefined near line 1, column 34");
 }
 
 TEST(EngineStart, FolderWithSingleQuoteBreaksTheCommandAndIsCritical) {
     ExtensionPtr extension = create_extension();
     auto failed = extension->start_simulation(
-        empty_system({dir + "/it's", "start_ok", "dispatch_identity", "end_two_errors"}));
+        empty_system({"/tmp/it's", "start_ok", "dispatch_identity", "end_two_errors"}));
     EXPECT_EQ(failed->severity, DISPATCH_CRITICAL_ERROR);
-    EXPECT_EQ(failed->message, "MATLAB error: PARSE");
+    EXPECT_EQ(failed->message, "MATLAB error: error: parse error:  syntax error>>> clear; cd('/tmp/it's');                       ^");
     // The engine is open all the same: the end call reaches MATLAB, where end_sim_out is unknown.
     auto messages = extension->end_simulation();
     ASSERT_EQ(messages->simulation_errors.size(), 1u);
