@@ -86,7 +86,7 @@ std::string WeekPlot::script(const std::string& data_file, const std::string& pn
     if (has_battery_) s += "set y2label 'battery state of charge (%)'\nset y2range [0:100]\nset ytics nomirror\nset y2tics\n";
     s += "plot ";
     for (std::size_t i = 0; i < source_names_.size(); ++i) {
-        const std::string lower = i == 0 ? "0" : "$" + std::to_string(i + 3);
+        const std::string lower = i == 0 ? "(0)" : std::to_string(i + 3);
         s += "'" + data_file + "' using 1:" + lower + ":" + std::to_string(i + 4) +
              " with filledcurves title '" + source_names_[i] + "', ";
     }

@@ -1,0 +1,190 @@
+// The scenario reader: a table of bad inputs and the one message each must give, and what
+// a good scenario becomes.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "input_error.h"
+#include "json_reader.h"
+#include "scenario.h"
+
+namespace tamlo_host {
+namespace {
+
+const char* const base_scenario = R"({
+  "timestep_size_in_seconds": 3600,
+  "number_of_timesteps": 3,
+  "extension_parameters": [{"name": "path", "value": "."}, {"name": "dispatch", "value": "d"}],
+  "generators": [{"name": "g", "rated_capacity": 10, "fuel": {"cost": 1}}],
+  "primary_loads": [{"name": "ac", "is_AC": true}],
+  "batteries": [{"fractional_charge_efficiency": 0.9, "fractional_discharge_efficiency": 0.9,
+                 "battery_bank_maximum_absolute_soc": 10, "dedicated_converter": {"inverter_capacity": 5}}],
+  "grids": [{"technical_model": {"model_type": "Scheduled", "grid_rate": [{"power_price": 0.1}],
+                                 "grid_rate_index": [0, 0, 0]},
+             "limit_net_grid_purchases": true, "max_net_grid_purchases": 5}],
+  "plant": {"primary_loads": [{"load": {"file": "loads.csv", "column": "ac"}}],
+            "grids": [{"max_grid_sales": 1}]}
+})";
+
+class ScenarioFiles : public ::testing::Test {
+protected:
+    void SetUp() override {
+        char name[] = "/tmp/bench-scenario-XXXXXX";
+        ASSERT_NE(mkdtemp(name), nullptr);
+        dir_ = name;
+        write("loads.csv", "hour,ac\n0,1\n1,2\n2,3\n");
+        write("short.csv", "hour,ac\n0,1\n1,2\n");
+        write("text.csv", "# comment line\nhour,ac\n0,1\n1,abc\n2,3\n");
+        write("negative.csv", "hour,ac\n0,1\n1,-4\n2,3\n");
+        write("index.csv", "hour,rate\n0,0\n1,0\n2,1\n");
+    }
+    void TearDown() override { std::filesystem::remove_all(dir_); }
+
+    void write(const std::string& file, const std::string& text) const { std::ofstream(dir_ / file) << text; }
+
+    std::string scenario_with(const std::string& patch) const {
+        Json document = Json::parse(base_scenario);
+        if (!patch.empty()) document = document.patch(Json::parse(patch));
+        write("s.json", document.dump(2));
+        return (dir_ / "s.json").string();
+    }
+
+    std::string expand(std::string text) const {
+        for (std::string::size_type at; (at = text.find("{dir}")) != std::string::npos;) {
+            text.replace(at, 5, dir_.string());
+        }
+        return text;
+    }
+
+    std::filesystem::path dir_;
+};
+
+TEST_F(ScenarioFiles, BaseScenarioReadsWithDerivedValues) {
+    const Scenario s = read_scenario(scenario_with(""));
+    EXPECT_EQ(s.steps, 3u);
+    ASSERT_EQ(s.plant.loads.size(), 1u);
+    EXPECT_EQ(s.plant.loads[0], (std::vector<double>{1, 2, 3}));
+    EXPECT_DOUBLE_EQ(s.parameters.primary_load_list[0].peak_load, 3);
+    EXPECT_EQ(s.parameters.extension_parameters[0].text_value, dir_.string());
+    EXPECT_DOUBLE_EQ(s.parameters.battery_list[0].dedicated_converter.inverter_capacity, 5);
+    EXPECT_DOUBLE_EQ(s.plant.batteries[0].initial_state_of_charge_percent, 100);
+}
+
+TEST_F(ScenarioFiles, StepsOptionShortensTheRun) {
+    const Scenario s = read_scenario(scenario_with(""), 2);
+    EXPECT_EQ(s.parameters.number_of_timesteps, 2u);
+    EXPECT_EQ(s.plant.loads[0].size(), 2u);
+}
+
+struct BadInput {
+    const char* name;
+    const char* patch;  // JSON patch applied to the base scenario
+    const char* message;
+};
+
+class BadScenario : public ScenarioFiles, public ::testing::WithParamInterface<BadInput> {};
+
+TEST_P(BadScenario, GivesOneMessageNamingTheFault) {
+    const BadInput& c = GetParam();
+    const std::string file = scenario_with(c.patch);
+    try {
+        read_scenario(file);
+        FAIL() << c.name << ": no error";
+    } catch (const InputError& e) {
+        EXPECT_EQ(std::string(e.what()), expand(c.message)) << c.name;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, BadScenario,
+    ::testing::Values(
+        BadInput{"wrong type deep inside",
+                 R"([{"op": "add", "path": "/batteries/0/dedicated_converter/inverter_capacity", "value": "big"}])",
+                 "{dir}/s.json: batteries[0].dedicated_converter.inverter_capacity: expected a number, found the "
+                 "text \"big\""},
+        BadInput{"unknown component field", R"([{"op": "add", "path": "/generators/0/fuel/price", "value": 1}])",
+                 "{dir}/s.json: generators[0].fuel.price: unknown field"},
+        BadInput{"unknown top-level field", R"([{"op": "add", "path": "/flywheel", "value": []}])",
+                 "{dir}/s.json: flywheel: unknown field"},
+        BadInput{"missing required field", R"([{"op": "remove", "path": "/generators/0/rated_capacity"}])",
+                 "{dir}/s.json: generators[0].rated_capacity: missing; this field is required"},
+        BadInput{"boolean expected", R"([{"op": "add", "path": "/primary_loads/0/is_AC", "value": 1}])",
+                 "{dir}/s.json: primary_loads[0].is_AC: expected true or false, found the number 1"},
+        BadInput{"negative count", R"([{"op": "add", "path": "/generators/0/component_number", "value": -2}])",
+                 "{dir}/s.json: generators[0].component_number: expected a whole number of 0 or more, found the "
+                 "number -2"},
+        BadInput{"missing series file",
+                 R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "none.csv"}])",
+                 "{dir}/none.csv: cannot open the file (named at plant.primary_loads[0].load in {dir}/s.json)"},
+        BadInput{"series shorter than the run",
+                 R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "short.csv"}])",
+                 "{dir}/short.csv: column \"ac\" has 2 values but the run has 3 time steps (named at "
+                 "plant.primary_loads[0].load in {dir}/s.json)"},
+        BadInput{"text in a series",
+                 R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "text.csv"}])",
+                 "{dir}/text.csv:4: column \"ac\": \"abc\" is not a number"},
+        BadInput{"negative load", R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "negative.csv"}])",
+                 "{dir}/negative.csv:3: column \"ac\": -4 is not allowed here; it needs a number of 0 or more"},
+        BadInput{"unknown column", R"([{"op": "add", "path": "/plant/primary_loads/0/load/column", "value": "dc"}])",
+                 "{dir}/loads.csv: no column \"dc\" in the header line (named at plant.primary_loads[0].load in "
+                 "{dir}/s.json)"},
+        BadInput{"lists that disagree",
+                 R"([{"op": "add", "path": "/plant/primary_loads/1", "value": {"load": {"file": "loads.csv", "column": "ac"}}}])",
+                 "{dir}/s.json: plant.primary_loads: has 2 entries but primary_loads has 1; the two lists must agree"},
+        BadInput{"plant entries missing", R"([{"op": "remove", "path": "/plant/grids"}])",
+                 "{dir}/s.json: plant.grids: missing; each of the 1 grids needs an entry here"},
+        BadInput{"inline per-step list too short",
+                 R"([{"op": "add", "path": "/grids/0/technical_model/grid_rate_index", "value": [0, 0]}])",
+                 "{dir}/s.json: grids[0].technical_model.grid_rate_index: has 2 values but the run has 3 time steps"},
+        BadInput{"index out of range in a series",
+                 R"([{"op": "add", "path": "/grids/0/technical_model/grid_rate_index", "value": {"file": "index.csv", "column": "rate"}}])",
+                 "{dir}/index.csv:4: column \"rate\": 1 is not allowed here; it needs a whole number from 0 to 0 (a "
+                 "zero-based index into grid_rate)"},
+        BadInput{"unknown grid model",
+                 R"([{"op": "add", "path": "/grids/0/technical_model/model_type", "value": "Flat"}])",
+                 "{dir}/s.json: grids[0].technical_model.model_type: expected \"RealTime\", \"Scheduled\" or "
+                 "\"ComplexUtility\", found \"Flat\""},
+        BadInput{"efficiency out of range",
+                 R"([{"op": "add", "path": "/batteries/0/fractional_charge_efficiency", "value": 90}])",
+                 "{dir}/s.json: batteries[0].fractional_charge_efficiency: must be a fraction above 0 and at most 1"},
+        BadInput{"missing strategy folder",
+                 R"([{"op": "add", "path": "/extension_parameters/0/value", "value": "strategies"}])",
+                 "{dir}/s.json: extension_parameters[0].value: the folder {dir}/strategies does not exist"},
+        BadInput{"list expected", R"([{"op": "add", "path": "/generators", "value": {"name": "g"}}])",
+                 "{dir}/s.json: generators: expected a list, found an object"},
+        BadInput{"zero time steps", R"([{"op": "add", "path": "/number_of_timesteps", "value": 0}])",
+                 "{dir}/s.json: number_of_timesteps: must be above 0"}));
+
+TEST_F(ScenarioFiles, MissingScenarioFileIsNamed) {
+    try {
+        read_scenario((dir_ / "nothing.json").string());
+        FAIL();
+    } catch (const InputError& e) {
+        EXPECT_EQ(std::string(e.what()), expand("{dir}/nothing.json: cannot open the file"));
+    }
+}
+
+TEST_F(ScenarioFiles, SyntaxErrorNamesLineAndColumn) {
+    write("broken.json", "{\n  \"number_of_timesteps\": 3,\n  oops\n}\n");
+    try {
+        read_scenario((dir_ / "broken.json").string());
+        FAIL();
+    } catch (const InputError& e) {
+        const std::string what = e.what();
+        EXPECT_EQ(what.rfind(expand("{dir}/broken.json: not valid JSON: parse error at line 3, column 3"), 0), 0u)
+            << what;
+    }
+}
+
+TEST(ExampleScenario, ReadsAFullYear) {
+    const Scenario s = read_scenario(std::string(TAMLO_SOURCE_DIR) + "/examples/hybrid_load_following.json");
+    EXPECT_EQ(s.steps, 8760u);
+    EXPECT_EQ(s.plant.solar[0].size(), 8760u);
+    EXPECT_EQ(s.parameters.pv_list[0].solar_forecast.size(), 8760u);
+    EXPECT_EQ(s.parameters.grid_list[0].technical_model->get_model_type(), tamlo_dispatch::GridModelType::Scheduled);
+}
+
+}  // namespace
+}  // namespace tamlo_host
