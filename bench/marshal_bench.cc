@@ -34,6 +34,24 @@ void FillSimulationState(benchmark::State& bench) {
 }
 BENCHMARK(FillSimulationState)->Arg(3)->Arg(30);
 
+// The same values built and released without storing them: the difference to
+// FillSimulationState is the cost of the top level's stored copies.
+void BuildStateValuesOnly(benchmark::State& bench) {
+    const SimulationState state = typical_state(static_cast<std::size_t>(bench.range(0)));
+    for (auto _ : bench) {
+        for (mxArray* value : {make_generator_states(state.generator_list), make_pv_states(state.pv_list),
+                               make_battery_states(state.battery_list), make_flywheel_states(state.flywheel_list),
+                               make_converter_states(state.converter_list), make_grid_states(state.grid_list),
+                               make_custom_component_states(state.custom_component_list),
+                               make_wind_turbine_states(state.wind_turbine_list),
+                               make_primary_load_states(state.primary_load_list), make_bus_state(state.ac_bus),
+                               make_bus_state(state.dc_bus)}) {
+            mxDestroyArray(value);
+        }
+    }
+}
+BENCHMARK(BuildStateValuesOnly)->Arg(3)->Arg(30);
+
 SimulationParameters typical_parameters() {
     SimulationParameters p;
     p.extension_parameters = {{"path", ExtensionParameterType::text, 0, false, "/work", {}},
