@@ -182,6 +182,10 @@ struct FailingDispatch {
     std::function<void(SimulationState&)> partial;  // a partly written read, if any
 };
 
+void PrintTo(const FailingDispatch& c, std::ostream* os) {
+    *os << c.function;
+}
+
 std::string command_of(const std::string& function) {
     return "[new_simulation_state, custom_variables] = " + function +
            "(simulation_parameters, simulation_state, custom_variables);";

@@ -25,6 +25,10 @@ struct EmptySettingCase {
     const char* message;
 };
 
+void PrintTo(const EmptySettingCase& c, std::ostream* os) {
+    *os << c.behaviour;
+}
+
 const std::string dir = TAMLO_E2E_FIXTURE_DIR;
 
 const EmptySettingCase empty_setting_cases[] = {

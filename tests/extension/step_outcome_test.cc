@@ -20,6 +20,10 @@ struct StepCase {
     bool validated;
 };
 
+void PrintTo(const StepCase& c, std::ostream* os) {
+    *os << c.behaviour;
+}
+
 DispatchError error_of(DispatchSeverity severity, const char* message) {
     DispatchError error;
     error.severity = severity;

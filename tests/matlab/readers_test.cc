@@ -68,6 +68,10 @@ struct SeverityCase {
     const char* message;
 };
 
+void PrintTo(const SeverityCase& c, std::ostream* os) {
+    *os << '"' << c.severity_code << '"';
+}
+
 class ApplySeverityCode : public ::testing::TestWithParam<SeverityCase> {};
 
 TEST_P(ApplySeverityCode, MatchesOnlyTheExactTexts) {
