@@ -47,9 +47,9 @@ System balanced_system(std::size_t generators, std::size_t others) {
         p.battery_list.push_back(on_bus<BatteryParameters>(false));
         BatteryState b;
         b.max_discharge_power = 50.0;
-        b.power_setpoint = -9.0;
+        b.power_setpoint = -19.0;
         st.battery_list.push_back(b);
-        dc_production += 9.0;
+        dc_production += 19.0;
         ConverterParameters c;
         c.inverter_capacity = 100.0;
         c.rectifier_capacity = 100.0;
@@ -104,17 +104,15 @@ void run_passing(benchmark::State& bench, const System& s) {
     if (!messages.simulation_warnings.empty()) bench.SkipWithError("the balanced system reported a warning");
 }
 
-// The list is emptied before each call (outside the timing) so the gate stays open.
+// The list is emptied after each call so the gate stays open; the time includes freeing the
+// messages (pausing the timer would cost more than what it hides).
 void run_failing(benchmark::State& bench, const System& s) {
     SimulationErrorsAndWarnings messages;
     std::size_t warnings = 0;
     for (auto _ : bench) {
-        bench.PauseTiming();
-        messages.simulation_warnings.clear();
-        messages.simulation_warnings.shrink_to_fit();
-        bench.ResumeTiming();
         tamlo_validation::validate_dispatch(s.parameters, s.state, messages);
         warnings = messages.simulation_warnings.size();
+        messages.simulation_warnings.clear();
     }
     bench.counters["warnings"] = static_cast<double>(warnings);
 }

@@ -15,6 +15,8 @@
 namespace tamlo_test {
 namespace {
 
+using tamlo_test::PrintTo;
+
 using tamlo_validation::BusEstimates;
 using tamlo_validation::check_bus_balance;
 using tamlo_validation::estimate_bus_supply;

@@ -10,6 +10,8 @@
 namespace tamlo_test {
 namespace {
 
+using tamlo_test::PrintTo;
+
 using tamlo_validation::check_bus_signs;
 using tamlo_validation::check_load_served;
 

@@ -11,6 +11,8 @@
 namespace tamlo_validation {
 namespace {
 
+using tamlo_test::PrintTo;
+
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double inf = std::numeric_limits<double>::infinity();
 

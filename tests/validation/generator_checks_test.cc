@@ -10,6 +10,8 @@
 namespace tamlo_test {
 namespace {
 
+using tamlo_test::PrintTo;
+
 struct GeneratorRow {
     const char* name;
     GeneratorState generator;

@@ -10,6 +10,8 @@
 namespace tamlo_test {
 namespace {
 
+using tamlo_test::PrintTo;
+
 struct GridRow {
     const char* name;
     bool grid_is_down;

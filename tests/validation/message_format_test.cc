@@ -16,6 +16,10 @@ struct NumberRow {
     const char* expected;
 };
 
+void PrintTo(const NumberRow& row, std::ostream* os) {
+    *os << row.expected;
+}
+
 class FormatNumber : public ::testing::TestWithParam<NumberRow> {};
 
 TEST_P(FormatNumber, WritesFixedPointWithSixDecimals) {
@@ -49,6 +53,10 @@ struct CountRow {
     std::uint32_t value;
     const char* expected;
 };
+
+void PrintTo(const CountRow& row, std::ostream* os) {
+    *os << row.value;
+}
 
 class FormatCount : public ::testing::TestWithParam<CountRow> {};
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <ostream>
 #include <string>
 
 namespace tamlo_test {
@@ -29,6 +30,14 @@ struct RowName {
 };
 
 inline constexpr RowName row_name{};
+
+// Prints a row by its description: GoogleTest would otherwise dump the row's bytes, padding
+// included. Brought into each test's namespace with `using tamlo_test::PrintTo;`.
+template <typename Row>
+    requires requires(const Row& row) { row.name; }
+void PrintTo(const Row& row, std::ostream* os) {
+    *os << row.name;
+}
 
 }  // namespace tamlo_test
 
