@@ -31,7 +31,7 @@ generator_ran = false;
 % Generators forced on run anyway: full output, as far as loads and batteries take it.
 for k = 1:ngen
   if dispatch_generator_mode(s.generators, k) == 1
-    b = dispatch_bus_of(p.generators(k).is_AC);
+    b = (2 - logical(p.generators(k).is_AC));
     lowest = max(p.generators(k).minimum_load, 0.001);
     wanted = dispatch_reach(plan, b) + dispatch_charge_reach(plan, b);
     setpoint = min(s.generators(k).power_available, max(lowest, wanted));
@@ -53,7 +53,7 @@ if ~covered
   plan = dispatch_buy(plan);
   for k = 1:ngen
     if dispatch_generator_mode(s.generators, k) == 0
-      b = dispatch_bus_of(p.generators(k).is_AC);
+      b = (2 - logical(p.generators(k).is_AC));
       available = s.generators(k).power_available;
       minimum = max(p.generators(k).minimum_load, 0);
       needed = dispatch_reach(plan, b);

@@ -11,34 +11,34 @@ production = [0, 0];
 capacity = [0, 0];
 
 for k = 1:min(numel(s.generators), numel(p.generators))
-  b = dispatch_bus_of(p.generators(k).is_AC);
+  b = (2 - logical(p.generators(k).is_AC));
   production(b) = production(b) + s.generators(k).power_setpoint;
   capacity(b) = capacity(b) + s.generators(k).power_available;
 end
 % A positive battery set point charges the battery: it draws from the bus.
 for k = 1:min(numel(s.batteries), numel(p.batteries))
-  b = dispatch_bus_of(p.batteries(k).is_AC);
+  b = (2 - logical(p.batteries(k).is_AC));
   production(b) = production(b) - s.batteries(k).power_setpoint;
   capacity(b) = capacity(b) + s.batteries(k).max_discharge_power;
 end
 for k = 1:min(numel(s.pvs), numel(p.pvs))
-  b = dispatch_bus_of(p.pvs(k).is_AC);
+  b = (2 - logical(p.pvs(k).is_AC));
   production(b) = production(b) + s.pvs(k).power_setpoint;
   capacity(b) = capacity(b) + s.pvs(k).power_available;
 end
 for k = 1:min(numel(s.wind_turbines), numel(p.wind_turbines))
-  b = dispatch_bus_of(p.wind_turbines(k).is_AC);
+  b = (2 - logical(p.wind_turbines(k).is_AC));
   production(b) = production(b) + s.wind_turbines(k).power_setpoint;
   capacity(b) = capacity(b) + s.wind_turbines(k).power_available;
 end
 for k = 1:min(numel(s.custom_components), numel(p.custom_components))
-  b = dispatch_bus_of(p.custom_components(k).is_AC);
+  b = (2 - logical(p.custom_components(k).is_AC));
   production(b) = production(b) + s.custom_components(k).power_setpoint;
   capacity(b) = capacity(b) + s.custom_components(k).power_available;
 end
 % Flywheels count from their parameters alone.
 for k = 1:numel(p.flywheels)
-  b = dispatch_bus_of(p.flywheels(k).is_AC);
+  b = (2 - logical(p.flywheels(k).is_AC));
   capacity(b) = capacity(b) + p.flywheels(k).charge_discharge_capacity;
   production(b) = production(b) - p.flywheels(k).parasitic_load;
 end

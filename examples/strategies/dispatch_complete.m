@@ -102,7 +102,7 @@ end
 
 % Each primary load gets its bus's share of the load served.
 for k = 1:min(numel(new_state.primary_loads), numel(p.primary_loads))
-  b = dispatch_bus_of(p.primary_loads(k).is_AC);
+  b = (2 - logical(p.primary_loads(k).is_AC));
   new_state.primary_loads(k).load_served = new_state.primary_loads(k).load_requested * served_fraction(b);
 end
 end

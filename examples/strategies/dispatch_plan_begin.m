@@ -14,13 +14,13 @@ plan.surplus_other = [0, 0];
 
 % Flywheels draw their parasitic load from their bus; it is served like a load.
 for k = 1:numel(p.flywheels)
-  b = dispatch_bus_of(p.flywheels(k).is_AC);
+  b = (2 - logical(p.flywheels(k).is_AC));
   plan.need(b) = plan.need(b) + positive(p.flywheels(k).parasitic_load);
 end
 % Custom components are not steered: their set point is never read back, so the
 % one the simulator gave them is what they produce.
 for k = 1:min(numel(s.custom_components), numel(p.custom_components))
-  b = dispatch_bus_of(p.custom_components(k).is_AC);
+  b = (2 - logical(p.custom_components(k).is_AC));
   plan.need(b) = plan.need(b) - s.custom_components(k).power_setpoint;
 end
 for b = 1:2
@@ -68,7 +68,7 @@ plan.bat.charge_left = zeros(n, 1);
 plan.bat.discharge_left = zeros(n, 1);
 plan.bat.setpoint = zeros(n, 1);
 for k = 1:n
-  plan.bat.bus(k) = dispatch_bus_of(p.batteries(k).is_AC);
+  plan.bat.bus(k) = (2 - logical(p.batteries(k).is_AC));
   plan.bat.charge_left(k) = positive(s.batteries(k).max_charge_power);
   plan.bat.discharge_left(k) = positive(s.batteries(k).max_discharge_power);
   if ~isempty(flags)

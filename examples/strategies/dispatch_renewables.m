@@ -6,11 +6,11 @@ p = simulation_parameters;
 s = simulation_state;
 for k = 1:min(numel(s.pvs), numel(p.pvs))
   plan.pv_setpoint(k) = positive(s.pvs(k).power_available);
-  plan = serve(plan, dispatch_bus_of(p.pvs(k).is_AC), plan.pv_setpoint(k));
+  plan = serve(plan, (2 - logical(p.pvs(k).is_AC)), plan.pv_setpoint(k));
 end
 for k = 1:min(numel(s.wind_turbines), numel(p.wind_turbines))
   plan.wind_setpoint(k) = positive(s.wind_turbines(k).power_available);
-  plan = serve(plan, dispatch_bus_of(p.wind_turbines(k).is_AC), plan.wind_setpoint(k));
+  plan = serve(plan, (2 - logical(p.wind_turbines(k).is_AC)), plan.wind_setpoint(k));
 end
 for b = 1:2
   [plan, used] = dispatch_charge(plan, b, plan.surplus_renewable(b));

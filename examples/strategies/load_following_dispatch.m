@@ -13,7 +13,7 @@ ngen = min(numel(s.generators), numel(p.generators));
 % Generators forced on run anyway: they come before the batteries.
 for k = 1:ngen
   if dispatch_generator_mode(s.generators, k) == 1
-    b = dispatch_bus_of(p.generators(k).is_AC);
+    b = (2 - logical(p.generators(k).is_AC));
     lowest = max(p.generators(k).minimum_load, 0.001);
     setpoint = min(s.generators(k).power_available, max(lowest, dispatch_reach(plan, b)));
     plan = dispatch_run_generator(plan, k, b, max(setpoint, 0));
@@ -25,7 +25,7 @@ plan = dispatch_buy(plan);
 
 for k = 1:ngen
   if dispatch_generator_mode(s.generators, k) == 0
-    b = dispatch_bus_of(p.generators(k).is_AC);
+    b = (2 - logical(p.generators(k).is_AC));
     available = s.generators(k).power_available;
     minimum = max(p.generators(k).minimum_load, 0);
     wanted = dispatch_reach(plan, b);
