@@ -19,8 +19,10 @@ constexpr const char* library_name = "libtamlo_matlab_dispatch.so";
 }
 
 ExtensionLibrary::ExtensionLibrary(const std::string& path) : path_(path) {
-    // RTLD_LOCAL keeps the extension's symbols to itself; RTLD_NOW reports missing ones here.
-    handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // RTLD_LOCAL keeps the extension's symbols to itself; RTLD_NOW reports missing ones here;
+    // RTLD_NODELETE keeps its code mapped after dlclose, so leak and crash reports at exit
+    // can still name its functions.
+    handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (handle_ == nullptr) {
         const char* why = dlerror();
         throw InputError(path + ": cannot load the extension: " + (why ? why : "unknown reason"));
