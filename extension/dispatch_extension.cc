@@ -111,6 +111,8 @@ std::shared_ptr<SimulationErrorsAndWarnings> DispatchExtension::end_simulation()
             result->simulation_warnings.push_back("MATLAB warning: " + text);
         }
     } else {
+        // No engine to ask (no start got as far as opening one, or close_engine closed it):
+        // say so, unprefixed since MATLAB never spoke, and still hand over what was collected.
         result->simulation_errors.push_back(tamlo_matlab::no_engine_end_simulation_message());
     }
     result->simulation_errors.insert(result->simulation_errors.end(), errors_and_warnings_.simulation_errors.begin(),
