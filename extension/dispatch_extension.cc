@@ -85,13 +85,9 @@ void DispatchExtension::dispatch(SimulationState& state) {
     if (dispatch_error_.severity == tamlo_dispatch::DISPATCH_CRITICAL_ERROR) {
         return;
     }
-    if (!matlab_connection_.is_open()) {
-        // The host went on after a start that opened no engine, or after close_engine. This
-        // is a simulation error, not a critical one: a critical error would lock the object
-        // for good, while the cure is simply a start that succeeds (which clears it).
-        set_simulation_error(dispatch_error_, tamlo_matlab::no_engine_dispatch_message());
-        return;
-    }
+    // Without an open engine (no start got that far, or close_engine closed it) the call
+    // reports a critical error instead of touching the engine: a host that dispatches
+    // without a successful start is broken, and the run must stop there.
     auto outcome = matlab_connection_.call_dispatch(dispatch_function_, state, simulation_parameters_);
     if (tamlo_extension::record_step_outcome(dispatch_error_, *outcome)) {
         // validate_dispatch takes the state read-only, which is all the copy was for: the

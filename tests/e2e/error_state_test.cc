@@ -82,32 +82,34 @@ TEST(ErrorState, CriticalErrorOfADispatchIsFinalForTheObject) {
     EXPECT_EQ(extension->end_simulation()->simulation_errors, messages->simulation_errors);
 }
 
-TEST(ErrorState, DispatchWithoutEngineIsASimulationErrorThatAGoodStartClears) {
-    ExtensionPtr extension = create_extension();
+TEST(ErrorState, DispatchWithoutEngineIsACriticalErrorAndTouchesNothing) {
     SimulationParameters parameters = tamlo_samples::typical_system();
     SimulationState state = tamlo_samples::make_state(parameters);
     const SimulationState original = state;
-
-    // Never started.
-    extension->dispatch(state);
-    EXPECT_EQ(state_values(state), state_values(original));
-    EXPECT_EQ(extension->end_simulation()->simulation_errors, (Texts{no_engine_end, no_engine_dispatch}));
-
-    // A start that stopped at the settings check.
-    auto stopped = extension->start_simulation(parameters);
-    EXPECT_EQ(stopped->message, "Matlab working directory cannot be empty");
-    extension->dispatch(state);
-    extension->dispatch(state);
-    EXPECT_EQ(state_values(state), state_values(original));
-    EXPECT_EQ(extension->end_simulation()->simulation_errors, (Texts{no_engine_end, no_engine_dispatch}));
-
-    // A simulation error is not final: the next good start clears it.
     SimulationParameters good =
         with_settings(parameters, fixture_settings("start_ok", "dispatch_set_decisions", "end_empty_lists"));
-    ASSERT_EQ(extension->start_simulation(good)->severity, DISPATCH_NO_ERROR);
-    extension->dispatch(state);
-    EXPECT_EQ(state.generator_list[0].power_setpoint, 101.0);
-    EXPECT_EQ(extension->end_simulation()->simulation_errors, Texts{});
+
+    // Never started.
+    {
+        ExtensionPtr extension = create_extension();
+        extension->dispatch(state);
+        EXPECT_EQ(state_values(state), state_values(original));
+        EXPECT_EQ(extension->end_simulation()->simulation_errors, (Texts{no_engine_end, no_engine_dispatch}));
+        // Critical is final: even a good start returns the stored error.
+        auto refused = extension->start_simulation(good);
+        EXPECT_EQ(refused->severity, DISPATCH_CRITICAL_ERROR);
+        EXPECT_EQ(refused->message, no_engine_dispatch);
+    }
+    // A start that stopped at the settings check.
+    {
+        ExtensionPtr extension = create_extension();
+        auto stopped = extension->start_simulation(parameters);
+        EXPECT_EQ(stopped->message, "Matlab working directory cannot be empty");
+        extension->dispatch(state);
+        extension->dispatch(state);
+        EXPECT_EQ(state_values(state), state_values(original));
+        EXPECT_EQ(extension->end_simulation()->simulation_errors, (Texts{no_engine_end, no_engine_dispatch}));
+    }
 }
 
 TEST(ErrorState, ClosedEngineIsNeverUsedAndAStartOpensAFreshOne) {
@@ -129,19 +131,23 @@ TEST(ErrorState, ClosedEngineIsNeverUsedAndAStartOpensAFreshOne) {
     EXPECT_EQ(child_process_count(), children_before);
     extension->close_engine();  // closing twice is harmless
 
-    SimulationState state = tamlo_samples::make_state(parameters);
-    const SimulationState original = state;
-    extension->dispatch(state);
-    EXPECT_EQ(state_values(state), state_values(original));
-    EXPECT_EQ(extension->end_simulation()->simulation_errors, (Texts{no_engine_end, no_engine_dispatch}));
+    EXPECT_EQ(extension->end_simulation()->simulation_errors, Texts{no_engine_end});
 
     // A fresh engine: empty workspace, working folder set again.
     auto fresh = extension->start_simulation(report);
     EXPECT_EQ(fresh->severity, DISPATCH_SIMULATION_ERROR);
     EXPECT_EQ(fresh->message, "MATLAB error: marker present: 0");
     EXPECT_EQ(child_process_count(), children_before + 1);
+    SimulationState state = tamlo_samples::make_state(parameters);
     extension->dispatch(state);
     EXPECT_EQ(extension->end_simulation()->simulation_errors, Texts{});
+
+    // After close_engine a dispatch touches no engine; it is a critical error.
+    extension->close_engine();
+    const SimulationState before = state;
+    extension->dispatch(state);
+    EXPECT_EQ(state_values(state), state_values(before));
+    EXPECT_EQ(extension->end_simulation()->simulation_errors, (Texts{no_engine_end, no_engine_dispatch}));
 
     extension->close_engine();
     extension.reset();  // destroy after close_engine closes nothing twice
