@@ -1,66 +1,53 @@
-function [production, capacity] = dispatch_bus_estimates(simulation_parameters, simulation_state)
+function [production, capacity] = dispatch_bus_estimates(plant, produced, capacities, converter_flows, grid_exchange, requested)
 % Production and operating capacity of each bus (1 = AC, 2 = DC), summed in the
 % same order and with the same formulas as the extension's check of a time step:
-% set points and availabilities of every component on its bus, flywheel
-% parasitic loads, the first system converter's flows and its transfer of spare
-% capacity, and the first grid on the AC bus. Bus results that agree with these
-% sums draw no warning.
-p = simulation_parameters;
-s = simulation_state;
-production = [0, 0];
-capacity = [0, 0];
+% set points and availabilities of every component on its bus (produced and
+% capacities, one value per component in the order of plant.estimate_bus; a
+% battery's set point counted as drawn from the bus), flywheel parasitic loads,
+% the first system converter's flows ([inverter input, inverter output, rectifier
+% input, rectifier output], empty without a converter) and its transfer of spare
+% capacity towards the operating capacity requested on each bus, and the first
+% grid on the AC bus ([max_grid_purchases, grid_purchases, grid_sales], empty
+% without a grid). Bus results that agree with these sums draw no warning.
+% Each sum starts at 0 and adds its terms one by one in that order (sum does the
+% same), so the results equal the extension's to the last bit.
+on_ac = plant.estimate_bus == 1;
+production = [sum([produced(on_ac), plant.flywheel_production{1}]), ...
+              sum([produced(~on_ac), plant.flywheel_production{2}])];
+capacity = [sum([capacities(on_ac), plant.flywheel_capacity{1}]), ...
+            sum([capacities(~on_ac), plant.flywheel_capacity{2}])];
 
-for k = 1:min(numel(s.generators), numel(p.generators))
-  b = (2 - logical(p.generators(k).is_AC));
-  production(b) = production(b) + s.generators(k).power_setpoint;
-  capacity(b) = capacity(b) + s.generators(k).power_available;
-end
-% A positive battery set point charges the battery: it draws from the bus.
-for k = 1:min(numel(s.batteries), numel(p.batteries))
-  b = (2 - logical(p.batteries(k).is_AC));
-  production(b) = production(b) - s.batteries(k).power_setpoint;
-  capacity(b) = capacity(b) + s.batteries(k).max_discharge_power;
-end
-for k = 1:min(numel(s.pvs), numel(p.pvs))
-  b = (2 - logical(p.pvs(k).is_AC));
-  production(b) = production(b) + s.pvs(k).power_setpoint;
-  capacity(b) = capacity(b) + s.pvs(k).power_available;
-end
-for k = 1:min(numel(s.wind_turbines), numel(p.wind_turbines))
-  b = (2 - logical(p.wind_turbines(k).is_AC));
-  production(b) = production(b) + s.wind_turbines(k).power_setpoint;
-  capacity(b) = capacity(b) + s.wind_turbines(k).power_available;
-end
-for k = 1:min(numel(s.custom_components), numel(p.custom_components))
-  b = (2 - logical(p.custom_components(k).is_AC));
-  production(b) = production(b) + s.custom_components(k).power_setpoint;
-  capacity(b) = capacity(b) + s.custom_components(k).power_available;
-end
-% Flywheels count from their parameters alone.
-for k = 1:numel(p.flywheels)
-  b = (2 - logical(p.flywheels(k).is_AC));
-  capacity(b) = capacity(b) + p.flywheels(k).charge_discharge_capacity;
-  production(b) = production(b) - p.flywheels(k).parasitic_load;
-end
-
-if numel(p.converters) > 0 && numel(s.converters) > 0
-  f = s.converters(1);
-  c = p.converters(1);
-  production(1) = production(1) + (f.inverter_power_output - f.rectifier_power_input);
-  production(2) = production(2) + (f.rectifier_power_output - f.inverter_power_input);
-  ac_request = s.ac_bus.operating_capacity_requested;
-  dc_request = s.dc_bus.operating_capacity_requested;
-  if dispatch_definitely_greater(ac_request, capacity(1)) && dispatch_definitely_greater(capacity(2), dc_request)
-    capacity([2, 1]) = move_capacity(capacity(2), dc_request, capacity(1), c.inverter_efficiency, c.inverter_capacity);
-  elseif dispatch_definitely_greater(dc_request, capacity(2)) && dispatch_definitely_greater(capacity(1), ac_request)
-    capacity([1, 2]) = move_capacity(capacity(1), ac_request, capacity(2), c.rectifier_efficiency, c.rectifier_capacity);
+if ~isempty(converter_flows)
+  c = plant.converter;
+  production(1) = production(1) + (converter_flows(2) - converter_flows(3));
+  production(2) = production(2) + (converter_flows(4) - converter_flows(1));
+  if definitely_greater(requested(1), capacity(1)) && definitely_greater(capacity(2), requested(2))
+    capacity([2, 1]) = move_capacity(capacity(2), requested(2), capacity(1), c.inverter_efficiency, c.inverter_capacity);
+  elseif definitely_greater(requested(2), capacity(2)) && definitely_greater(capacity(1), requested(1))
+    capacity([1, 2]) = move_capacity(capacity(1), requested(1), capacity(2), c.rectifier_efficiency, c.rectifier_capacity);
   end
 end
 
-if numel(p.grids) > 0 && numel(s.grids) > 0
-  g = s.grids(1);
-  capacity(1) = capacity(1) + g.max_grid_purchases;
-  production(1) = production(1) + (g.grid_purchases - g.grid_sales);
+if ~isempty(grid_exchange)
+  capacity(1) = capacity(1) + grid_exchange(1);
+  production(1) = production(1) + (grid_exchange(2) - grid_exchange(3));
+end
+end
+
+function result = definitely_greater(a, b)
+% True when a exceeds b by more than the extension's relative tolerance of 1e-6.
+% Mirrors the comparison the extension uses when it checks a time step, so that a
+% strategy takes the same branch the check takes.
+t = 1e-6;
+if isnan(a) || isnan(b)
+  m = NaN;
+else
+  m = max(abs(a), abs(b));
+end
+if t > m
+  result = false;
+else
+  result = ~((b - a) / m > -t);
 end
 end
 

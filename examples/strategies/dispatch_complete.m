@@ -1,33 +1,43 @@
-function new_state = dispatch_complete(simulation_parameters, simulation_state, plan)
-% Writes the plan into a copy of simulation_state and fills every value the
-% extension reads back: set points, converter and dedicated converter flows, grid
-% purchases and sales, and bus results that agree with the extension's own
-% estimate of each bus's production and operating capacity.
-p = simulation_parameters;
+function new_state = dispatch_complete(simulation_state, plant, q, generator_available, pv_available, wind_available, custom_setpoint)
+% Writes the plan q of dispatch_step into a copy of simulation_state and fills
+% every value the extension reads back: set points, converter and dedicated
+% converter flows, grid purchases and sales, and bus results that agree with the
+% extension's own estimate of each bus's production and operating capacity
+% (dispatch_bus_estimates). The availabilities and custom set points are those
+% dispatch_step already read from simulation_state.
 new_state = simulation_state;
 
-for k = 1:numel(new_state.generators)
-  new_state.generators(k).power_setpoint = plan.generator_setpoint(k);
+if plant.generator_count > 0
+  list = new_state.generators;
+  values = num2cell(q.generator_setpoint);
+  [list.power_setpoint] = values{:};
+  new_state.generators = list;
 end
-for k = 1:numel(new_state.pvs)
-  new_state.pvs(k).power_setpoint = min(plan.pv_setpoint(k), new_state.pvs(k).power_available);
+pv_setpoint = min(q.pv_setpoint, pv_available);
+if plant.pv_count > 0
+  list = new_state.pvs;
+  values = num2cell(pv_setpoint);
+  [list.power_setpoint] = values{:};
+  new_state.pvs = list;
 end
-for k = 1:numel(new_state.wind_turbines)
-  new_state.wind_turbines(k).power_setpoint = min(plan.wind_setpoint(k), new_state.wind_turbines(k).power_available);
+wind_setpoint = min(q.wind_setpoint, wind_available);
+if plant.wind_count > 0
+  list = new_state.wind_turbines;
+  values = num2cell(wind_setpoint);
+  [list.power_setpoint] = values{:};
+  new_state.wind_turbines = list;
 end
 
 % System converters: the first carries every flow (output = input * efficiency / 100),
 % the others stay idle.
-for k = 1:numel(new_state.converters)
-  new_state.converters(k).inverter_power_input = 0;
-  new_state.converters(k).inverter_power_output = 0;
-  new_state.converters(k).rectifier_power_input = 0;
-  new_state.converters(k).rectifier_power_output = 0;
-end
-if plan.conv.present
-  c = p.converters(1);
-  inverter_input = plan.conv.input(2);
-  rectifier_input = plan.conv.input(1);
+converter_flows = zeros(1, 0);
+if plant.converter_count > 0
+  list = new_state.converters;
+  [list.inverter_power_input, list.inverter_power_output, ...
+   list.rectifier_power_input, list.rectifier_power_output] = deal(0);
+  c = plant.converter;
+  inverter_input = q.converter_input(2);
+  rectifier_input = q.converter_input(1);
   % Rounding of the pieces added up must not carry an output past the capacity.
   if inverter_input * c.inverter_efficiency / 100 > c.inverter_capacity
     inverter_input = c.inverter_capacity / (c.inverter_efficiency / 100);
@@ -35,74 +45,100 @@ if plan.conv.present
   if rectifier_input * c.rectifier_efficiency / 100 > c.rectifier_capacity
     rectifier_input = c.rectifier_capacity / (c.rectifier_efficiency / 100);
   end
-  new_state.converters(1).inverter_power_input = inverter_input;
-  new_state.converters(1).inverter_power_output = inverter_input * c.inverter_efficiency / 100;
-  new_state.converters(1).rectifier_power_input = rectifier_input;
-  new_state.converters(1).rectifier_power_output = rectifier_input * c.rectifier_efficiency / 100;
+  converter_flows = [inverter_input, inverter_input * c.inverter_efficiency / 100, ...
+                     rectifier_input, rectifier_input * c.rectifier_efficiency / 100];
+  list(1).inverter_power_input = converter_flows(1);
+  list(1).inverter_power_output = converter_flows(2);
+  list(1).rectifier_power_input = converter_flows(3);
+  list(1).rectifier_power_output = converter_flows(4);
+  new_state.converters = list;
 end
 
 % Batteries: the set point is the power exchanged with the bus, positive when
 % charging; a dedicated converter carries it with its own losses.
-for k = 1:numel(plan.bat.bus)
-  b = new_state.batteries(k);
-  x = min(max(plan.bat.setpoint(k), -max(b.max_discharge_power, 0)), max(b.max_charge_power, 0));
-  b.power_setpoint = x;
-  if p.batteries(k).has_dedicated_converter
-    d = p.batteries(k).dedicated_converter;
+battery_setpoint = zeros(1, 0);
+battery_discharge = zeros(1, 0);
+if plant.battery_count > 0
+  list = new_state.batteries;
+  battery_discharge = [list.max_discharge_power];
+  battery_setpoint = min(max(q.battery_setpoint, -max(battery_discharge, 0)), max([list.max_charge_power], 0));
+  values = num2cell(battery_setpoint);
+  [list.power_setpoint] = values{:};
+  for k = plant.battery_dedicated
+    x = battery_setpoint(k);
     flows = struct('inverter_power_input', 0, 'inverter_power_output', 0, ...
                    'rectifier_power_input', 0, 'rectifier_power_output', 0);
     if x > 0
       flows.rectifier_power_input = x;
-      flows.rectifier_power_output = x * d.rectifier_efficiency / 100;
-    elseif x < 0 && d.inverter_efficiency > 0
-      flows.inverter_power_input = -x / (d.inverter_efficiency / 100);
+      flows.rectifier_power_output = x * plant.battery_rectifier_efficiency(k) / 100;
+    elseif x < 0 && plant.battery_inverter_efficiency(k) > 0
+      flows.inverter_power_input = -x / (plant.battery_inverter_efficiency(k) / 100);
       flows.inverter_power_output = -x;
     end
-    b.dedicated_converter.inverter_power_input = flows.inverter_power_input;
-    b.dedicated_converter.inverter_power_output = flows.inverter_power_output;
-    b.dedicated_converter.rectifier_power_input = flows.rectifier_power_input;
-    b.dedicated_converter.rectifier_power_output = flows.rectifier_power_output;
+    d = list(k).dedicated_converter;
+    d.inverter_power_input = flows.inverter_power_input;
+    d.inverter_power_output = flows.inverter_power_output;
+    d.rectifier_power_input = flows.rectifier_power_input;
+    d.rectifier_power_output = flows.rectifier_power_output;
+    list(k).dedicated_converter = d;
   end
-  new_state.batteries(k) = b;
+  new_state.batteries = list;
 end
 
 % Grids: only the first is used.
-for k = 1:numel(new_state.grids)
-  new_state.grids(k).grid_purchases = 0;
-  new_state.grids(k).grid_sales = 0;
-end
-if plan.grid.present
-  g = new_state.grids(1);
+grid_exchange = zeros(1, 0);
+if plant.grid_count > 0
+  list = new_state.grids;
+  [list.grid_purchases, list.grid_sales] = deal(0);
+  g = list(1);
   if ~g.grid_state.grid_is_down
-    new_state.grids(1).grid_purchases = min(plan.grid.purchases, max(g.max_grid_purchases, 0));
-    new_state.grids(1).grid_sales = min(plan.grid.sales, max(g.max_grid_sales, 0));
+    list(1).grid_purchases = min(q.purchases, max(g.max_grid_purchases, 0));
+    list(1).grid_sales = min(q.sales, max(g.max_grid_sales, 0));
   end
+  grid_exchange = [g.max_grid_purchases, list(1).grid_purchases, list(1).grid_sales];
+  new_state.grids = list;
 end
 
 % Bus results from the same estimate the extension makes.
-[production, capacity] = dispatch_bus_estimates(p, new_state);
-names = {'ac_bus', 'dc_bus'};
-served_fraction = [0, 0];
-for b = 1:2
-  bus = new_state.(names{b});
-  requested = bus.load_requested;
-  served = max(min(requested, production(b)), 0);
-  bus.load_served = served;
-  bus.unmet_load = max(requested - served, 0);
-  bus.excess_electricity = max(production(b) - requested, 0);
-  capacity_requested = bus.operating_capacity_requested;
-  capacity_served = max(min(capacity_requested, capacity(b)), 0);
-  bus.operating_capacity_served = capacity_served;
-  bus.capacity_shortage = max(capacity_requested - capacity_served, 0);
-  new_state.(names{b}) = bus;
-  if requested > 0
-    served_fraction(b) = served / requested;
-  end
+custom_available = zeros(1, 0);
+if plant.custom_count > 0
+  custom_available = [new_state.custom_components.power_available];
 end
+ac = new_state.ac_bus;
+dc = new_state.dc_bus;
+[production, capacity] = dispatch_bus_estimates(plant, ...
+  [q.generator_setpoint, -battery_setpoint, pv_setpoint, wind_setpoint, custom_setpoint], ...
+  [generator_available, battery_discharge, pv_available, wind_available, custom_available], ...
+  converter_flows, grid_exchange, [ac.operating_capacity_requested, dc.operating_capacity_requested]);
+[ac, ac_fraction] = bus_results(ac, production(1), capacity(1));
+[dc, dc_fraction] = bus_results(dc, production(2), capacity(2));
+new_state.ac_bus = ac;
+new_state.dc_bus = dc;
 
 % Each primary load gets its bus's share of the load served.
-for k = 1:min(numel(new_state.primary_loads), numel(p.primary_loads))
-  b = (2 - logical(p.primary_loads(k).is_AC));
-  new_state.primary_loads(k).load_served = new_state.primary_loads(k).load_requested * served_fraction(b);
+if plant.load_count > 0
+  list = new_state.primary_loads;
+  served_fraction = [ac_fraction, dc_fraction];
+  values = num2cell([list.load_requested] .* served_fraction(plant.load_bus));
+  [list.load_served] = values{:};
+  new_state.primary_loads = list;
+end
+end
+
+function [bus, served_fraction] = bus_results(bus, production, capacity)
+% A bus's load served, unmet load, excess and capacity results from its estimated
+% production and operating capacity.
+requested = bus.load_requested;
+served = max(min(requested, production), 0);
+bus.load_served = served;
+bus.unmet_load = max(requested - served, 0);
+bus.excess_electricity = max(production - requested, 0);
+capacity_requested = bus.operating_capacity_requested;
+capacity_served = max(min(capacity_requested, capacity), 0);
+bus.operating_capacity_served = capacity_served;
+bus.capacity_shortage = max(capacity_requested - capacity_served, 0);
+served_fraction = 0;
+if requested > 0
+  served_fraction = served / requested;
 end
 end

@@ -1,0 +1,396 @@
+function [new_state, charging] = dispatch_step(simulation_state, plant, cycle_charging, charging, setpoint_soc)
+% One time step of the bundled strategies. The plan q holds what each bus still
+% needs (1 = AC, 2 = DC) and what the first system converter, the batteries and
+% the first grid can still do; renewables fill it first, then the strategy's own
+% order of batteries, grid and generators (load following, or cycle charging when
+% cycle_charging is true), then surplus is sold and dispatch_complete writes the
+% plan into new_state. plant comes from dispatch_plant. charging and setpoint_soc
+% are the cycle-charging state (one flag per battery) and set point; load
+% following ignores them.
+% The whole step lives in this one file, with plain vectors rather than struct
+% arrays, because every function call and struct access costs microseconds in
+% Octave and this runs once per time step.
+s = simulation_state;
+
+q.need = [s.ac_bus.load_requested, s.dc_bus.load_requested];
+q.need(~(q.need > 0)) = 0;
+% Flywheels draw their parasitic load from their bus; it is served like a load.
+% Custom components are not steered: their set point is never read back, so the
+% one the simulator gave them is what they produce.
+custom_setpoint = zeros(1, 0);
+if plant.has_flywheels || plant.custom_count > 0
+  if plant.custom_count > 0
+    custom_setpoint = [s.custom_components.power_setpoint];
+  end
+  for b = 1:2
+    q.need(b) = sum([q.need(b), plant.flywheel_need{b}, -custom_setpoint(plant.custom_bus == b)]);
+  end
+end
+% Surplus power already on a bus, by origin: renewables may charge batteries in
+% every strategy, other surplus only where the strategy allows it.
+q.surplus_renewable = [0, 0];
+q.surplus_other = [0, 0];
+if q.need(1) < 0
+  q.surplus_other(1) = -q.need(1);
+  q.need(1) = 0;
+end
+if q.need(2) < 0
+  q.surplus_other(2) = -q.need(2);
+  q.need(2) = 0;
+end
+
+% All power that crosses between the buses goes through the first converter.
+% Indexed by the bus the power leaves; direction 0 until it is used one way.
+q.conversion = plant.conversion;
+q.capacity_left = plant.conversion_capacity;
+q.converter_input = [0, 0];
+q.direction = 0;
+
+% Grid: only the first grid is counted; it sits on the AC bus.
+q.purchase_left = 0;
+q.sale_left = 0;
+q.purchases = 0;
+q.sales = 0;
+if plant.has_grid
+  grid = s.grids(1);
+  flags = grid.grid_state;
+  if ~flags.grid_is_down
+    q.purchase_left = grid.max_grid_purchases;
+    if ~(q.purchase_left > 0)
+      q.purchase_left = 0;
+    end
+    if ~flags.prohibit_any_grid_sales
+      q.sale_left = grid.max_grid_sales;
+      if ~(q.sale_left > 0)
+        q.sale_left = 0;
+      end
+    end
+  end
+end
+
+nbat = plant.battery_count;
+q.battery_bus = plant.battery_bus;
+q.charge_left = zeros(1, nbat);
+q.discharge_left = zeros(1, nbat);
+q.battery_setpoint = zeros(1, nbat);
+soc = zeros(1, nbat);
+if nbat > 0
+  q.charge_left = [s.batteries.max_charge_power];
+  q.charge_left(~(q.charge_left > 0)) = 0;
+  q.discharge_left = [s.batteries.max_discharge_power];
+  q.discharge_left(~(q.discharge_left > 0)) = 0;
+  soc = [s.batteries.state_of_charge_percent];
+  if plant.has_grid
+    if flags.prohibit_any_battery_charging
+      q.charge_left(:) = 0;
+    end
+    if flags.prohibit_battery_from_discharging
+      q.discharge_left(:) = 0;
+    end
+    if flags.maintain_state_of_charge
+      q.discharge_left(soc <= flags.maintain_state_of_charge_percent) = 0;
+    end
+  end
+end
+
+ngen = plant.generator_count;
+q.generator_setpoint = zeros(1, ngen);
+available = zeros(1, ngen);
+forced_on = false(1, ngen);
+free = true(1, ngen);
+if ngen > 0
+  available = [s.generators.power_available];
+  % Generators without a current_state are the dispatch's to decide.
+  if isfield(s.generators, 'current_state')
+    states = {s.generators.current_state};
+    forced_on = strncmp(states, 'FORCED_ON', 9);
+    free = ~forced_on & ~strncmp(states, 'FORCED_OFF', 10);
+  end
+end
+
+% PV arrays and wind turbines produce all they have, serving the loads first
+% (their own bus, then the other one through the converter); what is left is
+% renewable surplus on their bus, which then charges the batteries.
+pv_available = zeros(1, 0);
+q.pv_setpoint = zeros(1, 0);
+if plant.pv_count > 0
+  pv_available = [s.pvs.power_available];
+  q.pv_setpoint = pv_available;
+  q.pv_setpoint(~(q.pv_setpoint > 0)) = 0;
+  for k = find(q.pv_setpoint > 0)
+    q = serve(q, plant.pv_bus(k), q.pv_setpoint(k));
+  end
+end
+wind_available = zeros(1, 0);
+q.wind_setpoint = zeros(1, 0);
+if plant.wind_count > 0
+  wind_available = [s.wind_turbines.power_available];
+  q.wind_setpoint = wind_available;
+  q.wind_setpoint(~(q.wind_setpoint > 0)) = 0;
+  for k = find(q.wind_setpoint > 0)
+    q = serve(q, plant.wind_bus(k), q.wind_setpoint(k));
+  end
+end
+% A surplus of nothing charges nothing.
+for b = find(q.surplus_renewable > 0)
+  [q, used] = charge(q, b, q.surplus_renewable(b));
+  q.surplus_renewable(b) = q.surplus_renewable(b) - used;
+end
+
+if cycle_charging
+  [q, charging] = cycle_charge(q, plant, available, forced_on, free, soc, charging, setpoint_soc);
+else
+  q = follow_load(q, plant, available, forced_on, free);
+end
+
+q = sell(q, 1, q.surplus_renewable(1) + q.surplus_other(1));
+q = sell(q, 2, q.surplus_renewable(2) + q.surplus_other(2));
+
+new_state = dispatch_complete(s, plant, q, available, pv_available, wind_available, custom_setpoint);
+end
+
+function q = follow_load(q, plant, available, forced_on, free)
+% Load following: batteries cover what the renewables leave and charge from
+% renewable surplus only; then the grid, then the generators follow the net load,
+% each at no more than what is still needed (but at least its minimum load).
+% Generators forced on run anyway: they come before the batteries.
+for k = find(forced_on)
+  b = plant.generator_bus(k);
+  setpoint = min(available(k), max(plant.generator_forced_minimum(k), reach(q, b)));
+  q = run_generator(q, k, b, max(setpoint, 0));
+end
+
+q = discharge(q);
+q = buy(q);
+
+for k = find(free)
+  b = plant.generator_bus(k);
+  minimum = plant.generator_minimum(k);
+  wanted = reach(q, b);
+  if wanted > 1e-9 && available(k) > 0 && minimum <= available(k)
+    q = run_generator(q, k, b, min(available(k), max(minimum, wanted)));
+  end
+end
+end
+
+function [q, charging] = cycle_charge(q, plant, available, forced_on, free, soc, charging, setpoint_soc)
+% Cycle charging: when the batteries and the grid together cannot cover the rest,
+% the generators run at their available output (or as much as the loads and the
+% batteries can take, at least their minimum load) and charge the batteries with
+% the surplus. A battery charged by a generator stays in charging mode, and
+% generators keep running for it, until its state of charge reaches setpoint_soc.
+charging(soc >= setpoint_soc) = false;
+
+generator_ran = false;
+% Generators forced on run anyway: full output, as far as loads and batteries take it.
+for k = find(forced_on)
+  b = plant.generator_bus(k);
+  wanted = reach(q, b) + charge_reach(q, b);
+  setpoint = min(available(k), max(plant.generator_forced_minimum(k), wanted));
+  [q, generator_ran] = run_and_charge(q, k, b, max(setpoint, 0), generator_ran);
+end
+
+charging_mode = any(charging(:).' & q.charge_left > 0);
+covered = false;
+if ~charging_mode
+  trial = buy(discharge(q));
+  covered = sum(trial.need) <= 1e-9;
+  if covered
+    q = trial;
+  end
+end
+if ~covered
+  % The generators must run: the batteries do not discharge while they charge.
+  q = buy(q);
+  for k = find(free)
+    b = plant.generator_bus(k);
+    minimum = plant.generator_minimum(k);
+    needed = reach(q, b);
+    chargeable = charge_reach(q, b);
+    if (needed > 1e-9 || (charging_mode && ~generator_ran && chargeable > 1e-9)) && ...
+        available(k) > 0 && minimum <= available(k)
+      setpoint = min(available(k), max(minimum, needed + chargeable));
+      [q, generator_ran] = run_and_charge(q, k, b, setpoint, generator_ran);
+    end
+  end
+  % What the generators could not cover, the batteries that did not charge cover.
+  q = discharge(q);
+end
+
+if generator_ran
+  charging(q.battery_setpoint > 0 & soc < setpoint_soc) = true;
+end
+end
+
+function [q, generator_ran] = run_and_charge(q, k, bus, setpoint, generator_ran)
+% Runs generator k and puts its surplus into the batteries.
+q = run_generator(q, k, bus, setpoint);
+if setpoint > 0
+  generator_ran = true;
+  [q, used] = charge(q, bus, q.surplus_other(bus));
+  q.surplus_other(bus) = q.surplus_other(bus) - used;
+end
+end
+
+function q = run_generator(q, k, bus, setpoint)
+% Runs generator k at setpoint kW: its power serves the loads it can reach and the
+% rest is surplus on its bus.
+q.generator_setpoint(k) = setpoint;
+if setpoint > 0
+  [q, used] = supply(q, bus, setpoint);
+  q.surplus_other(bus) = q.surplus_other(bus) + (setpoint - used);
+end
+end
+
+function q = serve(q, bus, amount)
+% A renewable source on bus produces amount kW (more than 0); what finds no load
+% is renewable surplus.
+[q, used] = supply(q, bus, amount);
+q.surplus_renewable(bus) = q.surplus_renewable(bus) + (amount - used);
+end
+
+function result = can_cross(q, from_bus)
+% True when power can still leave from_bus through the converter: it converts
+% something, has capacity left, and is not already used the other way.
+result = q.conversion(from_bus) > 0 && q.capacity_left(from_bus) > 0 && ...
+  (q.direction == 0 || q.direction == from_bus);
+end
+
+function amount = reach(q, bus)
+% Power a source on bus could usefully deliver now: the bus's own need, plus the
+% other bus's need as far as the converter can carry it (counted at the source,
+% before conversion losses).
+amount = q.need(bus);
+other = 3 - bus;
+if q.need(other) > 0 && can_cross(q, bus)
+  amount = amount + min(q.need(other), q.capacity_left(bus)) / q.conversion(bus);
+end
+end
+
+function amount = charge_reach(q, bus)
+% Power that batteries could still take from a source on bus: the batteries of
+% the bus, then those of the other bus as far as the converter can carry it.
+amount = sum(q.charge_left(q.battery_bus == bus));
+across = sum(q.charge_left(q.battery_bus == 3 - bus));
+if across > 0 && can_cross(q, bus)
+  amount = amount + min(across, q.capacity_left(bus)) / q.conversion(bus);
+end
+end
+
+function [q, used] = supply(q, bus, amount)
+% Serves the need of bus with amount kW produced on it, then the other bus's need
+% through the converter. used is the part of amount that found a load (never more
+% than amount); the rest is surplus on bus.
+left = amount;
+own = min(left, q.need(bus));
+if own > 0
+  q.need(bus) = q.need(bus) - own;
+  left = left - own;
+end
+other = 3 - bus;
+if left > 0 && q.need(other) > 0 && can_cross(q, bus)
+  efficiency = q.conversion(bus);
+  delivered = min([q.need(other), q.capacity_left(bus), left * efficiency]);
+  if delivered > 0
+    taken = min(delivered / efficiency, left);
+    q.converter_input(bus) = q.converter_input(bus) + taken;
+    q.capacity_left(bus) = q.capacity_left(bus) - delivered;
+    q.direction = bus;
+    q.need(other) = max(q.need(other) - delivered, 0);
+    left = left - taken;
+  end
+end
+used = amount - left;
+end
+
+function [q, used] = charge(q, bus, amount)
+% Charges batteries with amount kW of surplus on bus: those of the bus first, then
+% those of the other bus through the converter. A battery that discharges in this
+% time step has no charge left to take.
+left = amount;
+for k = find(q.battery_bus == bus & q.charge_left > 0)
+  if left <= 0
+    break;
+  end
+  x = min(left, q.charge_left(k));
+  q = take_charge(q, k, x);
+  left = left - x;
+end
+for k = find(q.battery_bus ~= bus)
+  if left <= 0 || ~can_cross(q, bus)
+    break;
+  end
+  if q.charge_left(k) > 0
+    efficiency = q.conversion(bus);
+    delivered = min([q.charge_left(k), q.capacity_left(bus), left * efficiency]);
+    if delivered > 0
+      taken = min(delivered / efficiency, left);
+      q.converter_input(bus) = q.converter_input(bus) + taken;
+      q.capacity_left(bus) = q.capacity_left(bus) - delivered;
+      q.direction = bus;
+      q = take_charge(q, k, delivered);
+      left = left - taken;
+    end
+  end
+end
+used = amount - left;
+end
+
+function q = take_charge(q, k, x)
+q.battery_setpoint(k) = q.battery_setpoint(k) + x;
+q.charge_left(k) = q.charge_left(k) - x;
+q.discharge_left(k) = 0;
+end
+
+function q = discharge(q)
+% Discharges the batteries, in order, to cover what the buses still need. A
+% battery that charges in this time step does not discharge.
+for k = find(q.discharge_left > 0 & q.battery_setpoint <= 0)
+  b = q.battery_bus(k);
+  x = min(q.discharge_left(k), reach(q, b));
+  if x > 0
+    [q, used] = supply(q, b, x);
+    q.battery_setpoint(k) = q.battery_setpoint(k) - used;
+    q.discharge_left(k) = q.discharge_left(k) - used;
+    q.charge_left(k) = 0;
+  end
+end
+end
+
+function q = buy(q)
+% Buys from the first grid what the buses still need, within its purchase limit
+% (zero while the grid is down or without a grid).
+if q.purchase_left > 0
+  x = min(q.purchase_left, reach(q, 1));
+  if x > 0
+    [q, used] = supply(q, 1, x);
+    q.purchases = q.purchases + used;
+    q.purchase_left = q.purchase_left - used;
+  end
+end
+end
+
+function q = sell(q, bus, amount)
+% Sells amount kW of surplus on bus to the first grid, within its sales limit
+% (zero while the grid is down, sales are prohibited or there is no grid); DC
+% surplus crosses the converter first.
+if q.sale_left <= 0 || amount <= 0
+  return;
+end
+if bus == 1
+  used = min(amount, q.sale_left);
+  q.sales = q.sales + used;
+  q.sale_left = q.sale_left - used;
+elseif can_cross(q, 2)
+  efficiency = q.conversion(2);
+  delivered = min([q.sale_left, q.capacity_left(2), amount * efficiency]);
+  if delivered > 0
+    used = min(delivered / efficiency, amount);
+    q.converter_input(2) = q.converter_input(2) + used;
+    q.capacity_left(2) = q.capacity_left(2) - delivered;
+    q.direction = 2;
+    q.sales = q.sales + delivered;
+    q.sale_left = q.sale_left - delivered;
+  end
+end
+end
