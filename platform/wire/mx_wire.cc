@@ -2,12 +2,14 @@
 #include "mx_wire.h"
 
 #include <cstring>
+#include <type_traits>
 #include <vector>
 
 namespace tamlo::wire {
 namespace {
 
 static_assert(sizeof(mxLogical) == 1, "logicals travel as one byte each");
+static_assert(std::is_same_v<mwSize, uint64_t>, "dims go to and from frames without conversion");
 
 bool put_at(Writer& w, const mxArray* a, int depth, std::string& error) {
     if (depth >= max_depth) {
@@ -24,8 +26,7 @@ bool put_at(Writer& w, const mxArray* a, int depth, std::string& error) {
         error = "array has " + std::to_string(ndim) + " dimensions, at most " + std::to_string(max_dims) + " can be sent";
         return false;
     }
-    const mwSize* d = mxGetDimensions(a);
-    w.put_array_header(c, std::vector<uint64_t>(d, d + ndim));
+    w.put_array_header(c, {mxGetDimensions(a), ndim});
     const size_t numel = mxGetNumberOfElements(a);
     if (is_data_class(c)) {
         if (numel > 0) w.put_bytes(mxGetData(a), numel * data_element_size(c));
@@ -52,21 +53,18 @@ bool put_at(Writer& w, const mxArray* a, int depth, std::string& error) {
     return true;
 }
 
-std::vector<mwSize> mx_dims(const ArrayHeader& h) { return std::vector<mwSize>(h.dims.begin(), h.dims.end()); }
-
 struct MxBuilder {
     using Value = ArrayPtr;
     using Cell = ArrayPtr;
     using Struct = ArrayPtr;
 
     bool make_data(const ArrayHeader& h, const unsigned char* bytes, Value& out) {
-        const std::vector<mwSize> d = mx_dims(h);
         if (h.class_id == logical_class)
-            out.reset(mxCreateLogicalArray(d.size(), d.data()));
+            out.reset(mxCreateLogicalArray(h.ndims, h.dims));
         else if (h.class_id == char_class)
-            out.reset(mxCreateCharArray(d.size(), d.data()));
+            out.reset(mxCreateCharArray(h.ndims, h.dims));
         else
-            out.reset(mxCreateNumericArray(d.size(), d.data(), static_cast<mxClassID>(h.class_id), mxREAL));
+            out.reset(mxCreateNumericArray(h.ndims, h.dims, static_cast<mxClassID>(h.class_id), mxREAL));
         if (out == nullptr) return false;
         if (h.class_id == logical_class) {
             // Any non-zero byte is true: a bool must never hold another value.
@@ -78,17 +76,16 @@ struct MxBuilder {
         return true;
     }
     bool begin_cell(const ArrayHeader& h, Cell& c) {
-        const std::vector<mwSize> d = mx_dims(h);
-        c.reset(mxCreateCellArray(d.size(), d.data()));
+        c.reset(mxCreateCellArray(h.ndims, h.dims));
         return c != nullptr;
     }
     void set_cell(Cell& c, size_t i, Value&& e) { mxSetCell(c.get(), i, e.release()); }
     void end_cell(Cell& c, Value& out) { out = std::move(c); }
     bool begin_struct(const ArrayHeader& h, const std::vector<std::string>& names, Struct& s) {
-        const std::vector<mwSize> d = mx_dims(h);
         std::vector<const char*> n;
+        n.reserve(names.size());
         for (const std::string& name : names) n.push_back(name.c_str());
-        s.reset(mxCreateStructArray(d.size(), d.data(), static_cast<int>(n.size()), n.data()));
+        s.reset(mxCreateStructArray(h.ndims, h.dims, static_cast<int>(n.size()), n.data()));
         return s != nullptr;
     }
     void set_field(Struct& s, size_t i, size_t f, Value&& e) {

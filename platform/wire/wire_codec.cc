@@ -1,7 +1,6 @@
 // Frame primitives and the checks every decoded array header passes.
 #include "wire_codec.h"
 
-#include <cctype>
 #include <cstring>
 
 namespace tamlo::wire {
@@ -27,13 +26,19 @@ size_t data_element_size(unsigned c) {
     }
 }
 
+namespace {
+
+// ASCII only, whatever the process's locale says about other bytes: field names are
+// identifiers.
+bool is_ascii_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool is_identifier_char(char c) { return is_ascii_letter(c) || (c >= '0' && c <= '9') || c == '_'; }
+
+}  // namespace
+
 bool valid_field_name(std::string_view name) {
-    if (name.empty() || name.size() > max_field_name_length || !std::isalpha(static_cast<unsigned char>(name[0])))
-        return false;
-    for (char ch : name) {
-        unsigned char c = static_cast<unsigned char>(ch);
-        if (!std::isalnum(c) && c != '_') return false;
-    }
+    if (name.empty() || name.size() > max_field_name_length || !is_ascii_letter(name[0])) return false;
+    for (char c : name)
+        if (!is_identifier_char(c)) return false;
     return true;
 }
 
@@ -43,13 +48,12 @@ std::string element_step(size_t index, size_t numel) {
 
 std::string ArrayHeader::shape() const {
     std::string s;
-    for (size_t k = 0; k < dims.size(); ++k) s += (k > 0 ? " x " : "") + std::to_string(dims[k]);
+    for (unsigned k = 0; k < ndims; ++k) s += (k > 0 ? " x " : "") + std::to_string(dims[k]);
     return s;
 }
 
-Writer::Writer(Kind kind) {
-    buf_.reserve(256);
-    buf_.append(header_length, '\0');
+void Writer::begin(Kind kind) {
+    buf_.assign(header_length, '\0');
     put_u8(static_cast<uint8_t>(kind));
 }
 
@@ -70,7 +74,7 @@ void Writer::put_string(std::string_view s) {
     buf_.append(s.data(), s.size());
 }
 
-void Writer::put_array_header(unsigned class_id, const std::vector<uint64_t>& dims) {
+void Writer::put_array_header(unsigned class_id, std::span<const uint64_t> dims) {
     put_u8(static_cast<uint8_t>(class_id));
     put_u8(static_cast<uint8_t>(dims.size()));
     for (uint64_t d : dims) put_u64(d);
@@ -155,7 +159,7 @@ bool Reader::get_array_header(ArrayHeader& h) {
         return fail("corrupt frame: " + std::to_string(ndim) + " dimensions (2 to " + std::to_string(max_dims) +
                     " allowed)");
     h.class_id = c;
-    h.dims.resize(ndim);
+    h.ndims = ndim;
     h.numel = 1;
     bool overflow = false;
     for (unsigned k = 0; k < ndim; ++k) {

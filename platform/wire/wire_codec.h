@@ -24,6 +24,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -72,17 +73,26 @@ bool is_known_class(unsigned c);
 size_t data_element_size(unsigned c);
 bool valid_field_name(std::string_view name);
 
-// Builds one frame. The length prefix is filled in by finish().
+// Builds one frame. The length prefix is filled in by finish(). A writer kept across frames
+// (begin() again) reuses its buffer, so a steady stream of requests allocates nothing.
 class Writer {
 public:
-    explicit Writer(Kind kind);
+    Writer() = default;
+    explicit Writer(Kind kind) { begin(kind); }
+    // Drops what was written and starts a frame of this kind.
+    void begin(Kind kind);
     void put_u8(uint8_t v) { buf_.push_back(static_cast<char>(v)); }
     void put_u32(uint32_t v);
     void put_u64(uint64_t v);
     void put_bytes(const void* p, size_t n) { buf_.append(static_cast<const char*>(p), n); }
     void put_string(std::string_view s);
+    // Appends n bytes for the caller to fill in; the pointer is good until the next put.
+    unsigned char* put_space(size_t n) {
+        buf_.resize(buf_.size() + n);
+        return reinterpret_cast<unsigned char*>(buf_.data() + buf_.size() - n);
+    }
     // class id, dims
-    void put_array_header(unsigned class_id, const std::vector<uint64_t>& dims);
+    void put_array_header(unsigned class_id, std::span<const uint64_t> dims);
     // The whole frame, length prefix included.
     const std::string& finish();
 
@@ -90,10 +100,13 @@ private:
     std::string buf_;
 };
 
+// Dims are held in place: decoding an array header allocates nothing.
 struct ArrayHeader {
     unsigned class_id = 0;
-    std::vector<uint64_t> dims;
+    unsigned ndims = 0;
+    uint64_t dims[max_dims];
     size_t numel = 0;
+    std::span<const uint64_t> dim_span() const { return {dims, ndims}; }
     std::string shape() const;
 };
 
