@@ -11,20 +11,49 @@ function [production, capacity] = dispatch_bus_estimates(plant, produced, capaci
 % without a grid). Bus results that agree with these sums draw no warning.
 % Each sum starts at 0 and adds its terms one by one in that order (sum does the
 % same), so the results equal the extension's to the last bit.
-on_ac = plant.estimate_bus == 1;
-production = [sum([produced(on_ac), plant.flywheel_production{1}]), ...
-              sum([produced(~on_ac), plant.flywheel_production{2}])];
-capacity = [sum([capacities(on_ac), plant.flywheel_capacity{1}]), ...
-            sum([capacities(~on_ac), plant.flywheel_capacity{2}])];
+if plant.has_flywheels
+  production = [sum([produced(plant.estimate_on_ac), plant.flywheel_production{1}]), ...
+                sum([produced(plant.estimate_on_dc), plant.flywheel_production{2}])];
+  capacity = [sum([capacities(plant.estimate_on_ac), plant.flywheel_capacity{1}]), ...
+              sum([capacities(plant.estimate_on_dc), plant.flywheel_capacity{2}])];
+else
+  production = [sum(produced(plant.estimate_on_ac)), sum(produced(plant.estimate_on_dc))];
+  capacity = [sum(capacities(plant.estimate_on_ac)), sum(capacities(plant.estimate_on_dc))];
+end
 
 if ~isempty(converter_flows)
   c = plant.converter;
   production(1) = production(1) + (converter_flows(2) - converter_flows(3));
   production(2) = production(2) + (converter_flows(4) - converter_flows(1));
-  if definitely_greater(requested(1), capacity(1)) && definitely_greater(capacity(2), requested(2))
-    capacity([2, 1]) = move_capacity(capacity(2), requested(2), capacity(1), c.inverter_efficiency, c.inverter_capacity);
-  elseif definitely_greater(requested(2), capacity(2)) && definitely_greater(capacity(1), requested(1))
-    capacity([1, 2]) = move_capacity(capacity(1), requested(1), capacity(2), c.rectifier_efficiency, c.rectifier_capacity);
+  % definitely_greater(a, b) is false where a <= b holds between finite values,
+  % so the full comparison is made only where that test does not settle it.
+  % Spare capacity of one bus crosses the converter towards the other when the
+  % other is short, limited by the converter's capacity; the source bus loses
+  % what went in. A converter that converts nothing moves nothing.
+  from = 0;
+  if ~(requested(1) <= capacity(1) && requested(1) - capacity(1) > -Inf) && ...
+      ~(capacity(2) <= requested(2) && capacity(2) - requested(2) > -Inf) && ...
+      definitely_greater(requested(1), capacity(1)) && definitely_greater(capacity(2), requested(2))
+    from = 2;
+    efficiency = c.inverter_efficiency;
+    converter_capacity = c.inverter_capacity;
+  elseif ~(requested(2) <= capacity(2) && requested(2) - capacity(2) > -Inf) && ...
+      ~(capacity(1) <= requested(1) && capacity(1) - requested(1) > -Inf) && ...
+      definitely_greater(requested(2), capacity(2)) && definitely_greater(capacity(1), requested(1))
+    from = 1;
+    efficiency = c.rectifier_efficiency;
+    converter_capacity = c.rectifier_capacity;
+  end
+  if from > 0 && efficiency > 0
+    to = 3 - from;
+    spare = ((capacity(from) - requested(from)) * efficiency) / 100;
+    if converter_capacity > spare
+      moved = spare;
+    else
+      moved = converter_capacity;
+    end
+    capacity(from) = capacity(from) - moved / (efficiency / 100);
+    capacity(to) = capacity(to) + moved;
   end
 end
 
@@ -49,20 +78,4 @@ if t > m
 else
   result = ~((b - a) / m > -t);
 end
-end
-
-function result = move_capacity(from, from_request, to, efficiency, converter_capacity)
-% Spare capacity of one bus crosses the converter, limited by its capacity; the
-% source bus loses what went in. A converter that converts nothing moves nothing.
-if ~(efficiency > 0)
-  result = [from, to];
-  return;
-end
-spare = ((from - from_request) * efficiency) / 100;
-if converter_capacity > spare
-  moved = spare;
-else
-  moved = converter_capacity;
-end
-result = [from - moved / (efficiency / 100), to + moved];
 end

@@ -62,6 +62,8 @@ plant.has_flywheels = flywheel_count > 0;
 % adds up, in its order: generators, batteries, PV arrays, wind turbines, custom
 % components.
 plant.estimate_bus = [plant.generator_bus, plant.battery_bus, plant.pv_bus, plant.wind_bus, plant.custom_bus];
+plant.estimate_on_ac = plant.estimate_bus == 1;
+plant.estimate_on_dc = plant.estimate_bus == 2;
 
 % Only the first system converter is counted by the extension's estimate.
 % Indexed by the bus the power leaves: 1 = AC to DC (rectifier), 2 = DC to AC
@@ -83,6 +85,31 @@ plant.converter_count = numel(p.converters);
 % Only the first grid is counted; it sits on the AC bus.
 plant.has_grid = numel(p.grids) > 0;
 plant.grid_count = numel(p.grids);
+
+% The plan every time step starts from (see dispatch_step): nothing supplied,
+% converted, bought, sold or set yet.
+q.need = [0, 0];
+q.surplus_renewable = [0, 0];
+q.surplus_other = [0, 0];
+q.conversion = plant.conversion;
+q.capacity_left = plant.conversion_capacity;
+q.converter_input = [0, 0];
+q.direction = 0;
+q.purchase_left = 0;
+q.sale_left = 0;
+q.purchases = 0;
+q.sales = 0;
+q.battery_bus = plant.battery_bus;
+q.charge_left = zeros(1, plant.battery_count);
+q.discharge_left = zeros(1, plant.battery_count);
+q.battery_setpoint = zeros(1, plant.battery_count);
+% The batteries' max_charge_power and max_discharge_power as given in the step.
+q.battery_charge_limit = zeros(1, plant.battery_count);
+q.battery_discharge_limit = zeros(1, plant.battery_count);
+q.generator_setpoint = zeros(1, plant.generator_count);
+q.pv_setpoint = zeros(1, plant.pv_count);
+q.wind_setpoint = zeros(1, plant.wind_count);
+plant.empty_plan = q;
 end
 
 function [n, bus] = buses(list)
