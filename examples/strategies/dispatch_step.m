@@ -7,9 +7,9 @@ function [new_state, charging] = dispatch_step(simulation_state, plant, cycle_ch
 % plan into new_state. plant comes from dispatch_plant. charging and setpoint_soc
 % are the cycle-charging state (one flag per battery) and set point; load
 % following ignores them.
-% The whole step lives in this one file, with plain vectors rather than struct
-% arrays, because every function call and struct access costs microseconds in
-% Octave and this runs once per time step.
+% The plan and both strategies live in this one file, on plain vectors rather
+% than struct arrays, because this runs once per time step and every function
+% call and struct access costs microseconds in Octave.
 s = simulation_state;
 q = plant.empty_plan;
 
@@ -47,17 +47,17 @@ q.need = [need_ac, need_dc];
 % Grid: only the first grid is counted; it sits on the AC bus.
 if plant.has_grid
   if plant.grid_count == 1
-    grid = s.grids;
+    first_grid = s.grids;
   else
-    grid = s.grids(1);
+    first_grid = s.grids(1);
   end
-  flags = grid.grid_state;
+  flags = first_grid.grid_state;
   if ~flags.grid_is_down
-    if grid.max_grid_purchases > 0
-      q.purchase_left = grid.max_grid_purchases;
+    if first_grid.max_grid_purchases > 0
+      q.purchase_left = first_grid.max_grid_purchases;
     end
-    if ~flags.prohibit_any_grid_sales && grid.max_grid_sales > 0
-      q.sale_left = grid.max_grid_sales;
+    if ~flags.prohibit_any_grid_sales && first_grid.max_grid_sales > 0
+      q.sale_left = first_grid.max_grid_sales;
     end
   end
 end
