@@ -1,20 +1,65 @@
 // Our libmx: the mxArray type and the matrix API functions over it, with MATLAB's semantics.
 #include "matrix.h"
 
-#include <cctype>
+#include <array>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
 
+namespace {
+
+// An array's dims, MATLAB-normalised: at least two, no trailing 1 beyond the second. The
+// first few are held in place, so that making an array of the usual shape allocates nothing
+// for them.
+class Dims {
+public:
+    // False when the element count overflows.
+    bool assign(mwSize ndim, const mwSize* dims, size_t& numel) {
+        size_t n = ndim;
+        while (n > 2 && dims[n - 1] == 1) --n;
+        const size_t kept = n;
+        if (n < 2) n = 2;
+        if (n > local_capacity) {
+            heap_ = std::make_unique<mwSize[]>(n);
+            data_ = heap_.get();
+        }
+        for (size_t k = 0; k < n; ++k) data_[k] = k < kept ? dims[k] : 1;
+        size_ = n;
+        numel = 1;
+        for (size_t k = 0; k < n; ++k) {
+            if (data_[k] != 0 && numel > std::numeric_limits<size_t>::max() / data_[k]) return false;
+            numel *= data_[k];
+        }
+        return true;
+    }
+    size_t size() const { return size_; }
+    const mwSize* data() const { return data_; }
+    mwSize operator[](size_t k) const { return data_[k]; }
+
+private:
+    static constexpr size_t local_capacity = 4;
+    mwSize local_[local_capacity] = {};
+    std::unique_ptr<mwSize[]> heap_;
+    mwSize* data_ = local_;
+    size_t size_ = 0;
+};
+
+}  // namespace
+
 struct mxArray_tag {
     mxClassID class_id = mxUNKNOWN_CLASS;
-    std::vector<mwSize> dims;  // always at least two, no trailing 1 beyond the second
+    Dims dims;
     size_t numel = 0;
-    // Numeric, logical and char data, column-major, zero-filled at creation.
+    // Numeric, logical and char data, column-major, zero-filled at creation; null when empty.
+    // Up to local_data_size bytes (a scalar, a short text) live in local_data.
     void* data = nullptr;
+    static constexpr size_t local_data_size = 16;
+    alignas(std::max_align_t) unsigned char local_data[local_data_size] = {};
     // Structs: field names in the order added; elements[i * fields.size() + f].
     std::vector<std::string> fields;
     // Struct field values or cell contents; null where nothing was set.
@@ -24,7 +69,7 @@ struct mxArray_tag {
     mxArray_tag(const mxArray_tag&) = delete;
     mxArray_tag& operator=(const mxArray_tag&) = delete;
     ~mxArray_tag() {
-        std::free(data);
+        if (data != local_data) std::free(data);
         for (mxArray* e : elements) delete e;
     }
 };
@@ -57,63 +102,50 @@ size_t element_size(mxClassID c) {
     }
 }
 
-bool valid_field_name(const char* name) {
-    if (name == nullptr || !std::isalpha(static_cast<unsigned char>(name[0]))) return false;
-    size_t n = 0;
-    for (; name[n] != '\0'; ++n) {
-        unsigned char c = static_cast<unsigned char>(name[n]);
-        if (!std::isalnum(c) && c != '_') return false;
-    }
-    return n <= max_field_name_length;
-}
+// ASCII only, whatever the process's locale says about other bytes: field names are
+// identifiers. A table, as names are checked for every struct that crosses.
+enum : unsigned char { letter = 1, digit_or_underscore = 2 };
+constexpr auto identifier_classes = [] {
+    std::array<unsigned char, 256> t{};
+    for (int c = 'a'; c <= 'z'; ++c) t[c] = t[c - 'a' + 'A'] = letter;
+    for (int c = '0'; c <= '9'; ++c) t[c] = digit_or_underscore;
+    t['_'] = digit_or_underscore;
+    return t;
+}();
+bool is_ascii_letter(char c) { return identifier_classes[static_cast<unsigned char>(c)] == letter; }
+bool is_identifier_char(char c) { return identifier_classes[static_cast<unsigned char>(c)] != 0; }
 
-// MATLAB's dimension rules: fewer than two dims are padded with 1, trailing 1s beyond the
-// second are dropped. Returns false when the element count overflows.
-bool normalise_dims(mwSize ndim, const mwSize* dims, std::vector<mwSize>& out, size_t& numel) {
-    out.assign(dims, dims + ndim);
-    while (out.size() < 2) out.push_back(1);
-    while (out.size() > 2 && out.back() == 1) out.pop_back();
-    numel = 1;
-    for (mwSize d : out) {
-        if (d != 0 && numel > std::numeric_limits<size_t>::max() / d) return false;
-        numel *= d;
-    }
-    return true;
+bool valid_field_name(const char* name) {
+    if (name == nullptr || !is_ascii_letter(name[0])) return false;
+    size_t n = 0;
+    for (; name[n] != '\0'; ++n)
+        if (!is_identifier_char(name[n])) return false;
+    return n <= max_field_name_length;
 }
 
 // Creates an array of the given class and shape with zeroed data or empty slots; null when the
 // shape or class cannot be made.
 mxArray* create(mxClassID class_id, mwSize ndim, const mwSize* dims, size_t nfields = 0) {
     try {
-        auto* a = new mxArray_tag;
+        auto a = std::make_unique<mxArray_tag>();
         a->class_id = class_id;
-        if (!normalise_dims(ndim, dims, a->dims, a->numel)) {
-            delete a;
-            return nullptr;
-        }
+        if (!a->dims.assign(ndim, dims, a->numel)) return nullptr;
         if (has_data_class(class_id)) {
             size_t size = element_size(class_id);
-            if (a->numel > std::numeric_limits<size_t>::max() / size) {
-                delete a;
-                return nullptr;
-            }
-            if (a->numel > 0) {
+            if (a->numel > std::numeric_limits<size_t>::max() / size) return nullptr;
+            if (a->numel > 0 && a->numel * size <= mxArray_tag::local_data_size) {
+                a->data = a->local_data;
+            } else if (a->numel > 0) {
                 a->data = std::calloc(a->numel, size);
-                if (a->data == nullptr) {
-                    delete a;
-                    return nullptr;
-                }
+                if (a->data == nullptr) return nullptr;
             }
         } else if (class_id == mxCELL_CLASS) {
             a->elements.assign(a->numel, nullptr);
         } else if (class_id == mxSTRUCT_CLASS) {
-            if (nfields != 0 && a->numel > std::numeric_limits<size_t>::max() / nfields) {
-                delete a;
-                return nullptr;
-            }
+            if (nfields != 0 && a->numel > std::numeric_limits<size_t>::max() / nfields) return nullptr;
             a->elements.assign(a->numel * nfields, nullptr);
         }
-        return a;
+        return a.release();
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
