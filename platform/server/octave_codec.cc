@@ -115,9 +115,9 @@ struct OctaveBuilder {
     }
     void set_cell(Cell& c, size_t i, Value&& e) { c.xelem(static_cast<octave_idx_type>(i)) = std::move(e); }
     void end_cell(Cell& c, Value& out) { out = octave_value(c); }
-    bool begin_struct(const ArrayHeader& h, const std::vector<std::string>& names, Struct& s) {
+    bool begin_struct(const ArrayHeader& h, const std::vector<std::string_view>& names, Struct& s) {
         s.keys = string_vector(static_cast<octave_idx_type>(names.size()));
-        for (size_t f = 0; f < names.size(); ++f) s.keys(static_cast<octave_idx_type>(f)) = names[f];
+        for (size_t f = 0; f < names.size(); ++f) s.keys(static_cast<octave_idx_type>(f)) = std::string(names[f]);
         s.dims = octave_dims(h);
         s.scalar = h.numel == 1;
         if (s.scalar) {

@@ -81,17 +81,26 @@ struct MxBuilder {
     }
     void set_cell(Cell& c, size_t i, Value&& e) { mxSetCell(c.get(), i, e.release()); }
     void end_cell(Cell& c, Value& out) { out = std::move(c); }
-    bool begin_struct(const ArrayHeader& h, const std::vector<std::string>& names, Struct& s) {
-        std::vector<const char*> n;
-        n.reserve(names.size());
-        for (const std::string& name : names) n.push_back(name.c_str());
-        s.reset(mxCreateStructArray(h.ndims, h.dims, static_cast<int>(n.size()), n.data()));
+    bool begin_struct(const ArrayHeader& h, const std::vector<std::string_view>& names, Struct& s) {
+        // libmx takes C strings: the names, each ended by a NUL, in one reused buffer.
+        name_text.clear();
+        for (std::string_view name : names) name_text.append(name).push_back('\0');
+        name_pointers.clear();
+        const char* next = name_text.data();
+        for (std::string_view name : names) {
+            name_pointers.push_back(next);
+            next += name.size() + 1;
+        }
+        s.reset(mxCreateStructArray(h.ndims, h.dims, static_cast<int>(name_pointers.size()), name_pointers.data()));
         return s != nullptr;
     }
     void set_field(Struct& s, size_t i, size_t f, Value&& e) {
         mxSetFieldByNumber(s.get(), i, static_cast<int>(f), e.release());
     }
     void end_struct(Struct& s, Value& out) { out = std::move(s); }
+
+    std::string name_text;
+    std::vector<const char*> name_pointers;
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Frame primitives and the checks every decoded array header passes.
 #include "wire_codec.h"
 
+#include <array>
 #include <cstring>
 
 namespace tamlo::wire {
@@ -28,10 +29,24 @@ size_t data_element_size(unsigned c) {
 
 namespace {
 
+uint64_t load_u64(const unsigned char* p) {
+    uint64_t v = 0;
+    for (int k = 0; k < 8; ++k) v |= static_cast<uint64_t>(p[k]) << (8 * k);
+    return v;
+}
+
 // ASCII only, whatever the process's locale says about other bytes: field names are
-// identifiers.
-bool is_ascii_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool is_identifier_char(char c) { return is_ascii_letter(c) || (c >= '0' && c <= '9') || c == '_'; }
+// identifiers. A table, as names are checked for every struct that crosses.
+enum : unsigned char { letter = 1, digit_or_underscore = 2 };
+constexpr auto identifier_classes = [] {
+    std::array<unsigned char, 256> t{};
+    for (int c = 'a'; c <= 'z'; ++c) t[c] = t[c - 'a' + 'A'] = letter;
+    for (int c = '0'; c <= '9'; ++c) t[c] = digit_or_underscore;
+    t['_'] = digit_or_underscore;
+    return t;
+}();
+bool is_ascii_letter(char c) { return identifier_classes[static_cast<unsigned char>(c)] == letter; }
+bool is_identifier_char(char c) { return identifier_classes[static_cast<unsigned char>(c)] != 0; }
 
 }  // namespace
 
@@ -53,6 +68,8 @@ std::string ArrayHeader::shape() const {
 }
 
 void Writer::begin(Kind kind) {
+    // The buffer of a huge frame is not kept for the small ones that follow.
+    if (buf_.capacity() > kept_capacity) std::string().swap(buf_);
     buf_.assign(header_length, '\0');
     put_u8(static_cast<uint8_t>(kind));
 }
@@ -116,8 +133,7 @@ bool Reader::get_u32(uint32_t& v, const char* what) {
 
 bool Reader::get_u64(uint64_t& v, const char* what) {
     if (!need(8, what)) return false;
-    v = 0;
-    for (int k = 0; k < 8; ++k) v |= static_cast<uint64_t>(p_[k]) << (8 * k);
+    v = load_u64(p_);
     p_ += 8;
     left_ -= 8;
     return true;
@@ -131,15 +147,22 @@ bool Reader::get_bytes(const unsigned char*& p, size_t n, const char* what) {
     return true;
 }
 
-bool Reader::get_string(std::string& s, const char* what) {
+bool Reader::get_string(std::string_view& s, const char* what) {
     uint32_t n = 0;
     if (!get_u32(n, what)) return false;
     if (n > left_)
         return fail(std::string("truncated frame: ") + what + " of length " + std::to_string(n) + " exceeds the " +
                     std::to_string(left_) + " bytes left");
-    s.assign(reinterpret_cast<const char*>(p_), n);
+    s = std::string_view(reinterpret_cast<const char*>(p_), n);
     p_ += n;
     left_ -= n;
+    return true;
+}
+
+bool Reader::get_string(std::string& s, const char* what) {
+    std::string_view v;
+    if (!get_string(v, what)) return false;
+    s.assign(v);
     return true;
 }
 
@@ -183,7 +206,7 @@ bool Reader::get_array_header(ArrayHeader& h) {
     return true;
 }
 
-bool Reader::get_field_names(const ArrayHeader& h, std::vector<std::string>& names) {
+bool Reader::get_field_names(const ArrayHeader& h, std::vector<std::string_view>& names) {
     uint32_t nfields = 0;
     if (!get_u32(nfields, "field count")) return false;
     // Each field name takes at least 4 bytes, each value slot at least 1.
@@ -193,9 +216,9 @@ bool Reader::get_field_names(const ArrayHeader& h, std::vector<std::string>& nam
     names.resize(nfields);
     for (uint32_t f = 0; f < nfields; ++f) {
         if (!get_string(names[f], "field name")) return false;
-        if (!valid_field_name(names[f])) return fail("corrupt frame: invalid field name '" + names[f] + "'");
+        if (!valid_field_name(names[f])) return fail("corrupt frame: invalid field name '" + std::string(names[f]) + "'");
         for (uint32_t g = 0; g < f; ++g)
-            if (names[g] == names[f]) return fail("corrupt frame: repeated field name '" + names[f] + "'");
+            if (names[g] == names[f]) return fail("corrupt frame: repeated field name '" + std::string(names[f]) + "'");
     }
     return true;
 }

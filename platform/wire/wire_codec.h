@@ -97,6 +97,7 @@ public:
     const std::string& finish();
 
 private:
+    static constexpr size_t kept_capacity = 1u << 20;
     std::string buf_;
 };
 
@@ -119,13 +120,16 @@ public:
     bool get_u32(uint32_t& v, const char* what);
     bool get_u64(uint64_t& v, const char* what);
     bool get_string(std::string& s, const char* what);
+    // The same, handed out in place.
+    bool get_string(std::string_view& s, const char* what);
     // Hands out n bytes in place.
     bool get_bytes(const unsigned char*& p, size_t n, const char* what);
     // Class id and dims, checked: known class, 2..max_dims dims, element count that the rest
     // of the frame can hold.
     bool get_array_header(ArrayHeader& h);
     // Struct field names, checked: valid identifiers, no repeats, lengths within the frame.
-    bool get_field_names(const ArrayHeader& h, std::vector<std::string>& names);
+    // The names are views into the frame.
+    bool get_field_names(const ArrayHeader& h, std::vector<std::string_view>& names);
     // A present marker of an element (0 or 1).
     bool get_present(bool& present, const char* what);
     // True when every byte has been consumed; otherwise fails.
@@ -160,7 +164,7 @@ std::string element_step(size_t index, size_t numel);
 //   bool make_data(const ArrayHeader&, const unsigned char* bytes, Value& out);
 //   bool begin_cell(const ArrayHeader&, Cell&);  void set_cell(Cell&, size_t i, Value&&);
 //   void end_cell(Cell&, Value& out);
-//   bool begin_struct(const ArrayHeader&, const std::vector<std::string>& names, Struct&);
+//   bool begin_struct(const ArrayHeader&, const std::vector<std::string_view>& names, Struct&);
 //   void set_field(Struct&, size_t i, size_t f, Value&&);  void end_struct(Struct&, Value& out);
 // Elements marked absent are left as the builder made them.
 template <class B>
@@ -191,7 +195,7 @@ bool decode_array(Reader& r, B& b, typename B::Value& out, int depth = 0) {
         b.end_cell(c, out);
         return true;
     }
-    std::vector<std::string> names;
+    std::vector<std::string_view> names;
     if (!r.get_field_names(h, names)) return false;
     typename B::Struct s;
     if (!b.begin_struct(h, names, s)) return r.fail("cannot allocate a struct of " + h.shape());
@@ -202,7 +206,7 @@ bool decode_array(Reader& r, B& b, typename B::Value& out, int depth = 0) {
             if (!present) continue;
             typename B::Value e{};
             if (!decode_array(r, b, e, depth + 1)) {
-                r.prefix_location(element_step(i, h.numel) + "." + names[f]);
+                r.prefix_location(element_step(i, h.numel) + "." + std::string(names[f]));
                 return false;
             }
             b.set_field(s, i, f, std::move(e));
