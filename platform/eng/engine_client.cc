@@ -30,7 +30,9 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "frame_io.h"
 #include "mx_wire.h"
@@ -70,17 +72,14 @@ public:
 
     int eval(const char* command) {
         if (!alive_) return 1;
-        Writer w(Kind::eval);
-        w.put_u32(output_length_ > 0 ? static_cast<uint32_t>(output_length_ - 1) : 0);
-        w.put_string(command);
-        std::string reply;
+        request_.begin(Kind::eval);
+        request_.put_u32(output_length_ > 0 ? static_cast<uint32_t>(output_length_ - 1) : 0);
+        request_.put_string(command);
         Kind kind{};
-        if (!exchange(w.finish(), reply, kind)) return 1;
-        Reader r(reply.data(), reply.size());
-        Kind ignored{};
+        if (!exchange(kind)) return 1;
+        Reader r = reply_body();
         uint8_t status = 0;
-        std::string text;
-        tamlo::wire::read_kind(r, ignored);
+        std::string_view text;
         if (kind != Kind::eval_done || !r.get_u8(status, "status") || !r.get_string(text, "output") ||
             !r.expect_end())
             return broken();
@@ -95,26 +94,34 @@ public:
 
     int put(const char* name, const mxArray* value) {
         if (!alive_) return 1;
-        Writer w(Kind::put);
-        w.put_string(name);
+        request_.begin(Kind::put);
+        request_.put_string(name);
         std::string error;
-        if (!tamlo::wire::put_mx_array(w, value, error)) return 1;
-        std::string reply;
-        Kind kind{};
-        if (!exchange(w.finish(), reply, kind)) return 1;
-        return kind == Kind::ok ? 0 : 1;
+        if (!tamlo::wire::put_mx_array(request_, value, error)) return 1;
+        // The engine would refuse a longer frame, and could not read on after it.
+        if (request_.finish().size() - tamlo::wire::header_length > tamlo::wire::max_frame_length) return 1;
+        if (!is_accepted_name(name)) {
+            Kind kind{};
+            if (!exchange(kind) || kind != Kind::ok) return 1;
+            remember_accepted_name(name);
+            return 0;
+        }
+        // The engine took this name before and the frame is one it reads: the put cannot fail
+        // unless the engine itself does. Its reply is read with the next request's, which saves
+        // a round trip per time step; a failure found then breaks the session, so no later call
+        // ever works on a workspace without this value.
+        if (!send_request() || !settle_put_in_flight()) return 1;
+        put_in_flight_ = true;
+        return 0;
     }
 
     mxArray* get(const char* name) {
         if (!alive_) return nullptr;
-        Writer w(Kind::get);
-        w.put_string(name);
-        std::string reply;
+        request_.begin(Kind::get);
+        request_.put_string(name);
         Kind kind{};
-        if (!exchange(w.finish(), reply, kind) || kind != Kind::value) return nullptr;
-        Reader r(reply.data(), reply.size());
-        Kind ignored{};
-        tamlo::wire::read_kind(r, ignored);
+        if (!exchange(kind) || kind != Kind::value) return nullptr;
+        Reader r = reply_body();
         tamlo::wire::ArrayPtr a = tamlo::wire::get_mx_array(r);
         if (a == nullptr || !r.expect_end()) {
             broken();
@@ -126,9 +133,10 @@ public:
     // Asks the engine to leave, closes the socket and reaps the process.
     void end() {
         if (fd_ >= 0) {
+            settle_put_in_flight();
             if (alive_) {
-                Writer w(Kind::close);
-                if (tamlo::wire::send_frame(fd_, w.finish())) wait_for_reply_briefly();
+                request_.begin(Kind::close);
+                if (send_request()) wait_for_reply_briefly();
             }
             ::close(fd_);
             fd_ = -1;
@@ -138,21 +146,61 @@ public:
     }
 
 private:
-    // Sends a request and receives its reply; any transport failure or reply of an unknown
-    // kind marks the engine dead.
-    bool exchange(const std::string& frame, std::string& reply, Kind& kind) {
+    // Sends the request being built; a transport failure marks the engine dead.
+    bool send_request() {
+        if (tamlo::wire::send_frame(fd_, request_.finish())) return true;
+        alive_ = false;
+        return false;
+    }
+
+    // Receives one reply; false (the engine marked dead or broken) for a transport failure or
+    // a reply of an unknown kind.
+    bool receive_reply(Kind& kind) {
         std::string error;
-        if (!tamlo::wire::send_frame(fd_, frame) ||
-            tamlo::wire::receive_frame(fd_, reply, error) != tamlo::wire::ReceiveStatus::ok) {
+        if (replies_.receive(fd_, error) != tamlo::wire::ReceiveStatus::ok) {
             alive_ = false;
             return false;
         }
-        Reader r(reply.data(), reply.size());
+        const std::string_view payload = replies_.payload();
+        Reader r(payload.data(), payload.size());
         if (!tamlo::wire::read_kind(r, kind)) {
             broken();
             return false;
         }
         return true;
+    }
+
+    // Reads the reply of a put sent without waiting. Anything but ok breaks the session.
+    bool settle_put_in_flight() {
+        if (!put_in_flight_) return true;
+        put_in_flight_ = false;
+        Kind kind{};
+        if (!receive_reply(kind)) return false;
+        if (kind != Kind::ok) {
+            broken();
+            return false;
+        }
+        return true;
+    }
+
+    // Sends the request being built and receives its reply, after the reply of a put still in
+    // flight.
+    bool exchange(Kind& kind) { return send_request() && settle_put_in_flight() && receive_reply(kind); }
+
+    // The last reply after its kind byte.
+    Reader reply_body() const {
+        const std::string_view payload = replies_.payload();
+        return Reader(payload.data() + 1, payload.size() - 1);
+    }
+
+    bool is_accepted_name(const char* name) const {
+        for (const std::string& n : accepted_names_)
+            if (n == name) return true;
+        return false;
+    }
+    void remember_accepted_name(const char* name) {
+        // A host puts the same few names step after step; others simply wait for their reply.
+        if (accepted_names_.size() < max_accepted_names) accepted_names_.emplace_back(name);
     }
 
     // The engine answered nonsense: it cannot be trusted with another request.
@@ -162,7 +210,7 @@ private:
         return 1;
     }
 
-    void copy_output(const std::string& text) {
+    void copy_output(std::string_view text) {
         if (output_length_ <= 0) return;
         size_t n = std::min(text.size(), static_cast<size_t>(output_length_ - 1));
         std::memcpy(output_, text.data(), n);
@@ -194,11 +242,17 @@ private:
         pid_ = -1;
     }
 
+    static constexpr size_t max_accepted_names = 64;
+
     int fd_;
     pid_t pid_;
     bool alive_ = true;
+    bool put_in_flight_ = false;
     char* output_ = nullptr;
     int output_length_ = 0;
+    Writer request_;  // kept, so that its buffer is reused from request to request
+    tamlo::wire::FrameReceiver replies_;
+    std::vector<std::string> accepted_names_;  // names the engine has taken in a put
 };
 
 // Open sessions by token. Tokens are never reused, so a stale handle never finds a session.
@@ -268,8 +322,10 @@ bool wait_until_ready(int fd) {
     while ((r = ::poll(&p, 1, ready_timeout_ms)) < 0 && errno == EINTR) {
     }
     if (r <= 0) return false;
-    std::string payload, error;
-    if (tamlo::wire::receive_frame(fd, payload, error) != tamlo::wire::ReceiveStatus::ok) return false;
+    tamlo::wire::FrameReceiver receiver;
+    std::string error;
+    if (receiver.receive(fd, error) != tamlo::wire::ReceiveStatus::ok) return false;
+    const std::string_view payload = receiver.payload();
     Reader reader(payload.data(), payload.size());
     Kind kind{};
     return tamlo::wire::read_kind(reader, kind) && kind == Kind::ok && reader.expect_end();

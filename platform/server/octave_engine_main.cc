@@ -106,9 +106,9 @@ public:
 
     // Serves until the client closes the socket or asks to close; returns the exit status.
     int run() {
-        std::string payload, error;
+        std::string error;
         for (;;) {
-            switch (tamlo::wire::receive_frame(fd_, payload, error)) {
+            switch (requests_.receive(fd_, error)) {
                 case tamlo::wire::ReceiveStatus::ok: break;
                 case tamlo::wire::ReceiveStatus::closed: return 0;
                 case tamlo::wire::ReceiveStatus::failed:
@@ -116,6 +116,7 @@ public:
                     std::cerr << "octave-engine: " << error << "\n";
                     return 2;
             }
+            const std::string_view payload = requests_.payload();
             Reader r(payload.data(), payload.size());
             Kind kind{};
             if (!tamlo::wire::read_kind(r, kind)) {
@@ -123,7 +124,7 @@ public:
                 continue;
             }
             if (kind == Kind::close) {
-                reply(Writer(Kind::ok).finish());
+                reply_empty(Kind::ok);
                 return 0;
             }
             int exit_status = 0;
@@ -132,7 +133,17 @@ public:
     }
 
 private:
-    bool reply(const std::string& frame) { return tamlo::wire::send_frame(fd_, frame); }
+    // Sends a reply, after any held back.
+    bool reply(const std::string& frame) {
+        if (held_.empty()) return tamlo::wire::send_frame(fd_, frame);
+        const bool sent = tamlo::wire::send_frames(fd_, held_, frame);
+        held_.clear();
+        return sent;
+    }
+    bool reply_empty(Kind kind) {
+        reply_.begin(kind);
+        return reply(reply_.finish());
+    }
 
     // False when the session is over (client gone, or the user's code asked Octave to quit).
     bool handle(Kind kind, Reader& r, int& exit_status) {
@@ -151,10 +162,10 @@ private:
             return reply(error_frame(r.error()));
         EvalOutcome outcome = evaluate(interp_, command);
         if (outcome.output.size() > limit) outcome.output.resize(limit);
-        Writer w(Kind::eval_done);
-        w.put_u8(outcome.quitting ? 1 : 0);
-        w.put_string(outcome.output);
-        bool sent = reply(w.finish());
+        reply_.begin(Kind::eval_done);
+        reply_.put_u8(outcome.quitting ? 1 : 0);
+        reply_.put_string(outcome.output);
+        bool sent = reply(reply_.finish());
         if (outcome.quitting) {
             exit_status = outcome.exit_status;
             return false;
@@ -174,25 +185,35 @@ private:
             interp_.recover_from_exception();
             return reply(error_frame("cannot assign '" + name + "': " + e.message()));
         }
-        return reply(Writer(Kind::ok).finish());
+        if (requests_.more_waiting(fd_)) {
+            // The client sent its next request without waiting for this reply: the two replies
+            // go out together, and the client wakes once for both.
+            reply_.begin(Kind::ok);
+            held_.append(reply_.finish());
+            return true;
+        }
+        return reply_empty(Kind::ok);
     }
 
     bool handle_get(Reader& r) {
         std::string name;
         if (!r.get_string(name, "variable name") || !r.expect_end()) return reply(error_frame(r.error()));
-        if (!valid_variable_name(name) || !interp_.is_variable(name)) return reply(Writer(Kind::no_variable).finish());
-        Writer w(Kind::value);
+        if (!valid_variable_name(name) || !interp_.is_variable(name)) return reply_empty(Kind::no_variable);
+        reply_.begin(Kind::value);
         try {
-            tamlo::engine::put_octave_value(w, interp_.varval(name));
+            tamlo::engine::put_octave_value(reply_, interp_.varval(name));
         } catch (const octave::execution_exception& e) {
             interp_.recover_from_exception();
             return reply(error_frame("cannot convert '" + name + "': " + e.message()));
         }
-        return reply(w.finish());
+        return reply(reply_.finish());
     }
 
     octave::interpreter& interp_;
     int fd_;
+    tamlo::wire::FrameReceiver requests_;
+    Writer reply_;      // kept, so that its buffer is reused from reply to reply
+    std::string held_;  // finished replies to puts, sent with the next reply
 };
 
 bool parse_int(const char* s, long& out) {

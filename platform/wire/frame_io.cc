@@ -3,7 +3,9 @@
 
 #include <sys/socket.h>
 #include <sys/types.h>
+#include <sys/uio.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -12,56 +14,105 @@
 namespace tamlo::wire {
 namespace {
 
-// 0 on success, 1 when the peer closed before the first byte, -1 on error or a short read.
-int receive_exact(int fd, char* p, size_t n) {
-    size_t got = 0;
-    while (got < n) {
-        ssize_t r = ::recv(fd, p + got, n - got, 0);
-        if (r > 0) {
-            got += static_cast<size_t>(r);
-        } else if (r == 0) {
-            return got == 0 ? 1 : -1;
-        } else if (errno != EINTR) {
-            return -1;
-        }
-    }
-    return 0;
-}
+// Room for every ordinary frame. A larger one grows the buffer; beyond kept_capacity it is
+// given back once that frame has been used.
+constexpr size_t usual_capacity = 64 * 1024;
+constexpr size_t kept_capacity = 1024 * 1024;
 
 }  // namespace
 
-bool send_frame(int fd, const std::string& frame) {
-    size_t sent = 0;
-    while (sent < frame.size()) {
+bool send_frame(int fd, std::string_view frame) { return send_frames(fd, frame, {}); }
+
+bool send_frames(int fd, std::string_view first, std::string_view second) {
+    iovec parts[2] = {{const_cast<char*>(first.data()), first.size()}, {const_cast<char*>(second.data()), second.size()}};
+    iovec* next = parts;
+    size_t count = 2;
+    while (count > 0) {
+        msghdr message{};
+        message.msg_iov = next;
+        message.msg_iovlen = count;
         // MSG_NOSIGNAL: a dead peer must give EPIPE here, never a SIGPIPE in the host.
-        ssize_t r = ::send(fd, frame.data() + sent, frame.size() - sent, MSG_NOSIGNAL);
-        if (r >= 0)
-            sent += static_cast<size_t>(r);
-        else if (errno != EINTR)
+        ssize_t r = ::sendmsg(fd, &message, MSG_NOSIGNAL);
+        if (r < 0) {
+            if (errno == EINTR) continue;
             return false;
+        }
+        // Step past what went out.
+        size_t sent = static_cast<size_t>(r);
+        while (count > 0 && sent >= next->iov_len) {
+            sent -= next->iov_len;
+            ++next;
+            --count;
+        }
+        if (count > 0) {
+            next->iov_base = static_cast<char*>(next->iov_base) + sent;
+            next->iov_len -= sent;
+        }
     }
     return true;
 }
 
-ReceiveStatus receive_frame(int fd, std::string& payload, std::string& error) {
-    unsigned char header[header_length];
-    int r = receive_exact(fd, reinterpret_cast<char*>(header), header_length);
-    if (r == 1) return ReceiveStatus::closed;
-    if (r < 0) {
+int FrameReceiver::fill(int fd, size_t want) {
+    if (next_ + want > buf_.size()) {
+        // Move the unread bytes to the front, and grow only if they still do not fit.
+        std::memmove(buf_.data(), buf_.data() + next_, end_ - next_);
+        end_ -= next_;
+        next_ = 0;
+        if (want > buf_.size()) buf_.resize(std::max(want, usual_capacity));
+    }
+    while (end_ - next_ < want) {
+        ssize_t r = ::recv(fd, buf_.data() + end_, buf_.size() - end_, 0);
+        if (r > 0)
+            end_ += static_cast<size_t>(r);
+        else if (r == 0)
+            return 0;
+        else if (errno != EINTR)
+            return -1;
+    }
+    return 1;
+}
+
+bool FrameReceiver::more_waiting(int fd) {
+    if (end_ > next_) return true;
+    // Bytes go after the frame last handed out, which stays where it is; with no room there,
+    // this simply says no.
+    if (end_ == buf_.size()) return false;
+    ssize_t r;
+    while ((r = ::recv(fd, buf_.data() + end_, buf_.size() - end_, MSG_DONTWAIT)) < 0 && errno == EINTR) {
+    }
+    // A closed socket or an error shows again, and is reported, at the next receive().
+    if (r <= 0) return false;
+    end_ += static_cast<size_t>(r);
+    return true;
+}
+
+ReceiveStatus FrameReceiver::receive(int fd, std::string& error) {
+    payload_begin_ = payload_length_ = 0;
+    if (next_ == end_) {
+        next_ = end_ = 0;
+        if (buf_.size() > kept_capacity) std::vector<char>().swap(buf_);
+        if (buf_.empty()) buf_.resize(usual_capacity);
+    }
+    const int header = fill(fd, header_length);
+    if (header == 0 && next_ == end_) return ReceiveStatus::closed;
+    if (header != 1) {
         error = "connection lost while reading a frame header";
         return ReceiveStatus::failed;
     }
     uint32_t length = 0;
-    for (size_t k = 0; k < header_length; ++k) length |= static_cast<uint32_t>(header[k]) << (8 * k);
+    for (size_t k = 0; k < header_length; ++k)
+        length |= static_cast<uint32_t>(static_cast<unsigned char>(buf_[next_ + k])) << (8 * k);
     if (length == 0 || length > max_frame_length) {
         error = "corrupt frame: length " + std::to_string(length) + " outside 1.." + std::to_string(max_frame_length);
         return ReceiveStatus::failed;
     }
-    payload.resize(length);
-    if (receive_exact(fd, payload.data(), length) != 0) {
+    if (fill(fd, header_length + length) != 1) {
         error = "connection lost inside a frame of " + std::to_string(length) + " bytes";
         return ReceiveStatus::failed;
     }
+    payload_begin_ = next_ + header_length;
+    payload_length_ = length;
+    next_ += header_length + length;
     return ReceiveStatus::ok;
 }
 
