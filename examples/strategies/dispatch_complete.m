@@ -64,19 +64,16 @@ if plant.converter_count > 0
   converter_flows = [inverter_input, inverter_input * c.inverter_efficiency / 100, ...
                      rectifier_input, rectifier_input * c.rectifier_efficiency / 100];
   if plant.converter_count == 1
-    first = new_state.converters;
-  else
-    first = new_state.converters(1);
-  end
-  first.inverter_power_input = converter_flows(1);
-  first.inverter_power_output = converter_flows(2);
-  first.rectifier_power_input = converter_flows(3);
-  first.rectifier_power_output = converter_flows(4);
-  if plant.converter_count == 1
-    new_state.converters = first;
+    % A converter's state has exactly these four fields, all read back.
+    new_state.converters = struct('inverter_power_input', converter_flows(1), ...
+      'inverter_power_output', converter_flows(2), 'rectifier_power_input', converter_flows(3), ...
+      'rectifier_power_output', converter_flows(4));
   else
     list = new_state.converters;
-    list(1) = first;
+    list(1).inverter_power_input = converter_flows(1);
+    list(1).inverter_power_output = converter_flows(2);
+    list(1).rectifier_power_input = converter_flows(3);
+    list(1).rectifier_power_output = converter_flows(4);
     for k = 2:plant.converter_count
       list(k).inverter_power_input = 0;
       list(k).inverter_power_output = 0;
@@ -114,21 +111,13 @@ if plant.battery_count > 0
       inverter_input = -x / (plant.battery_inverter_efficiency(k) / 100);
       inverter_output = -x;
     end
+    % A dedicated converter's state has exactly these four fields.
+    flows = struct('inverter_power_input', inverter_input, 'inverter_power_output', inverter_output, ...
+      'rectifier_power_input', rectifier_input, 'rectifier_power_output', rectifier_output);
     if plant.battery_count == 1
-      battery = list;
+      list.dedicated_converter = flows;
     else
-      battery = list(k);
-    end
-    d = battery.dedicated_converter;
-    d.inverter_power_input = inverter_input;
-    d.inverter_power_output = inverter_output;
-    d.rectifier_power_input = rectifier_input;
-    d.rectifier_power_output = rectifier_output;
-    battery.dedicated_converter = d;
-    if plant.battery_count == 1
-      list = battery;
-    else
-      list(k) = battery;
+      list(k).dedicated_converter = flows;
     end
   end
   new_state.batteries = list;
@@ -182,18 +171,15 @@ unmet = max(requested - served, 0);
 excess = max(production - requested, 0);
 capacity_served = max(min(capacity_requested, capacity), 0);
 shortage = max(capacity_requested - capacity_served, 0);
-ac.load_served = served(1);
-ac.unmet_load = unmet(1);
-ac.excess_electricity = excess(1);
-ac.operating_capacity_served = capacity_served(1);
-ac.capacity_shortage = shortage(1);
-dc.load_served = served(2);
-dc.unmet_load = unmet(2);
-dc.excess_electricity = excess(2);
-dc.operating_capacity_served = capacity_served(2);
-dc.capacity_shortage = shortage(2);
-new_state.ac_bus = ac;
-new_state.dc_bus = dc;
+% A bus's state has exactly these seven fields, in this order.
+new_state.ac_bus = struct('capacity_shortage', shortage(1), 'excess_electricity', excess(1), ...
+  'load_requested', requested(1), 'load_served', served(1), ...
+  'operating_capacity_requested', capacity_requested(1), 'operating_capacity_served', capacity_served(1), ...
+  'unmet_load', unmet(1));
+new_state.dc_bus = struct('capacity_shortage', shortage(2), 'excess_electricity', excess(2), ...
+  'load_requested', requested(2), 'load_served', served(2), ...
+  'operating_capacity_requested', capacity_requested(2), 'operating_capacity_served', capacity_served(2), ...
+  'unmet_load', unmet(2));
 
 % Each primary load gets its bus's share of the load served.
 if plant.load_count > 0
