@@ -26,8 +26,13 @@ bool put_at(Writer& w, const mxArray* a, int depth, std::string& error) {
         error = "array has " + std::to_string(ndim) + " dimensions, at most " + std::to_string(max_dims) + " can be sent";
         return false;
     }
-    w.put_array_header(c, {mxGetDimensions(a), ndim});
-    const size_t numel = mxGetNumberOfElements(a);
+    const std::span<const uint64_t> dims(mxGetDimensions(a), ndim);
+    size_t numel = 0;
+    if (!count_elements(dims, numel)) {
+        error = "array of " + shape_text(dims) + " holds more elements than a frame can carry";
+        return false;
+    }
+    w.put_array_header(c, dims);
     if (is_data_class(c)) {
         if (numel > 0) w.put_bytes(mxGetData(a), numel * data_element_size(c));
         return true;

@@ -61,11 +61,25 @@ std::string element_step(size_t index, size_t numel) {
     return numel == 1 ? std::string() : "(" + std::to_string(index + 1) + ")";
 }
 
-std::string ArrayHeader::shape() const {
+bool count_elements(std::span<const uint64_t> dims, size_t& numel) {
+    // Every element takes at least one byte of a frame (a struct without fields aside), so no
+    // honest array has more elements than the largest frame has bytes.
+    numel = 1;
+    bool overflow = false;
+    for (uint64_t d : dims) {
+        if (d != 0 && numel > max_frame_length / d) overflow = true;
+        numel = overflow ? 0 : numel * static_cast<size_t>(d);
+    }
+    return !overflow;
+}
+
+std::string shape_text(std::span<const uint64_t> dims) {
     std::string s;
-    for (unsigned k = 0; k < ndims; ++k) s += (k > 0 ? " x " : "") + std::to_string(dims[k]);
+    for (size_t k = 0; k < dims.size(); ++k) s += (k > 0 ? " x " : "") + std::to_string(dims[k]);
     return s;
 }
+
+std::string ArrayHeader::shape() const { return shape_text(dim_span()); }
 
 void Writer::begin(Kind kind) {
     // The buffer of a huge frame is not kept for the small ones that follow.
@@ -183,17 +197,10 @@ bool Reader::get_array_header(ArrayHeader& h) {
                     " allowed)");
     h.class_id = c;
     h.ndims = ndim;
-    h.numel = 1;
-    bool overflow = false;
-    for (unsigned k = 0; k < ndim; ++k) {
+    for (unsigned k = 0; k < ndim; ++k)
         if (!get_u64(h.dims[k], "dimension")) return false;
-        const uint64_t d = h.dims[k];
-        if (d != 0 && h.numel > max_frame_length / d) overflow = true;
-        h.numel = overflow ? 0 : h.numel * static_cast<size_t>(d);
-    }
-    // Every element takes at least one byte of a frame (a struct without fields aside), so no
-    // honest array has more elements than the largest frame has bytes.
-    if (overflow) return fail("corrupt frame: dims " + h.shape() + " hold more elements than a frame can carry");
+    if (!count_elements(h.dim_span(), h.numel))
+        return fail("corrupt frame: dims " + h.shape() + " hold more elements than a frame can carry");
     if (is_data_class(c)) {
         const size_t bytes = h.numel * data_element_size(c);
         if (bytes > left_)

@@ -72,6 +72,11 @@ bool is_data_class(unsigned c);
 bool is_known_class(unsigned c);
 size_t data_element_size(unsigned c);
 bool valid_field_name(std::string_view name);
+// The element count of dims; false when it passes what one frame can carry. Readers refuse
+// such dims, so writers check them too: whatever is sent can be read.
+bool count_elements(std::span<const uint64_t> dims, size_t& numel);
+// Dims as a reader sees them: "2 x 3".
+std::string shape_text(std::span<const uint64_t> dims);
 
 // Builds one frame. The length prefix is filled in by finish(). A writer kept across frames
 // (begin() again) reuses its buffer, so a steady stream of requests allocates nothing.
