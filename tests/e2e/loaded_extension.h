@@ -1,4 +1,4 @@
-// Loads the built extension library with dlopen, as a host does, and makes extension objects.
+// The extension, loaded as a host loads it, and the fixture settings the end-to-end tests give it.
 #ifndef TAMLO_TESTS_E2E_LOADED_EXTENSION_H
 #define TAMLO_TESTS_E2E_LOADED_EXTENSION_H
 
@@ -6,17 +6,13 @@
 #include <string>
 
 #include "dispatch_extension_interface.h"
+#include "extension_loader.h"
 #include "sample_systems.h"
 
 namespace tamlo_e2e {
 
-struct DestroyExtension {
-    void operator()(IDispatchExtension* extension) const { extension->destroy(); }
-};
-using ExtensionPtr = std::unique_ptr<IDispatchExtension, DestroyExtension>;
-
-// A new object from the library's create_engine_extension (the library is loaded once).
-ExtensionPtr create_extension();
+using tamlo_test_support::create_extension;
+using tamlo_test_support::ExtensionPtr;
 
 // Folder of the .m fixtures.
 std::string fixture_directory();

@@ -1,4 +1,4 @@
-// Loads the built extension library with dlopen, as a host does, for the strategy tests.
+// The extension, loaded as a host loads it, and the settings the strategy tests give it.
 #ifndef TAMLO_TESTS_STRATEGIES_LOADED_EXTENSION_H
 #define TAMLO_TESTS_STRATEGIES_LOADED_EXTENSION_H
 
@@ -7,16 +7,12 @@
 #include <vector>
 
 #include "dispatch_extension_interface.h"
+#include "extension_loader.h"
 
 namespace tamlo_strategies {
 
-struct DestroyExtension {
-    void operator()(IDispatchExtension* extension) const { extension->destroy(); }
-};
-using ExtensionPtr = std::unique_ptr<IDispatchExtension, DestroyExtension>;
-
-// A new object from the library's create_engine_extension (the library is loaded once).
-ExtensionPtr create_extension();
+using tamlo_test_support::create_extension;
+using tamlo_test_support::ExtensionPtr;
 
 // A text extension parameter.
 tamlo_dispatch::ExtensionParameter text_parameter(std::string name, std::string value);
