@@ -109,30 +109,14 @@ end
 pv_available = [];
 if plant.pv_count > 0
   pv_available = [s.pvs.power_available];
-  produced = pv_available;
-  produced(~(produced > 0)) = 0;
+  [q, produced] = serve_renewables(q, pv_available, plant.pv_bus);
   q.pv_setpoint = produced;
-  for k = 1:plant.pv_count
-    if produced(k) > 0
-      b = plant.pv_bus(k);
-      [q, used] = supply(q, b, produced(k));
-      q.surplus_renewable(b) = q.surplus_renewable(b) + (produced(k) - used);
-    end
-  end
 end
 wind_available = [];
 if plant.wind_count > 0
   wind_available = [s.wind_turbines.power_available];
-  produced = wind_available;
-  produced(~(produced > 0)) = 0;
+  [q, produced] = serve_renewables(q, wind_available, plant.wind_bus);
   q.wind_setpoint = produced;
-  for k = 1:plant.wind_count
-    if produced(k) > 0
-      b = plant.wind_bus(k);
-      [q, used] = supply(q, b, produced(k));
-      q.surplus_renewable(b) = q.surplus_renewable(b) + (produced(k) - used);
-    end
-  end
 end
 % A surplus of nothing charges nothing.
 if q.surplus_renewable(1) > 0
@@ -158,6 +142,20 @@ if q.sale_left > 0
 end
 
 new_state = dispatch_complete(s, plant, q, available, pv_available, wind_available, custom_setpoint);
+end
+
+function [q, produced] = serve_renewables(q, available, buses)
+% Each array or turbine produces all it has (nothing when its availability is
+% not positive) and serves the loads; what is left is renewable surplus on its bus.
+produced = available;
+produced(~(produced > 0)) = 0;
+for k = 1:numel(produced)
+  if produced(k) > 0
+    b = buses(k);
+    [q, used] = supply(q, b, produced(k));
+    q.surplus_renewable(b) = q.surplus_renewable(b) + (produced(k) - used);
+  end
+end
 end
 
 function q = follow_load(q, plant, available, forced_on, free)
