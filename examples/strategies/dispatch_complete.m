@@ -10,41 +10,18 @@ function new_state = dispatch_complete(simulation_state, plant, q, generator_ava
 % takes that path when it has one element.
 new_state = simulation_state;
 
-if plant.generator_count == 1
-  list = new_state.generators;
-  list.power_setpoint = q.generator_setpoint;
-  new_state.generators = list;
-elseif plant.generator_count > 1
-  list = new_state.generators;
-  values = num2cell(q.generator_setpoint);
-  [list.power_setpoint] = values{:};
-  new_state.generators = list;
+if plant.generator_count > 0
+  new_state.generators = with_setpoints(new_state.generators, q.generator_setpoint);
 end
 pv_setpoint = [];
-if plant.pv_count == 1
+if plant.pv_count > 0
   pv_setpoint = min(q.pv_setpoint, pv_available);
-  list = new_state.pvs;
-  list.power_setpoint = pv_setpoint;
-  new_state.pvs = list;
-elseif plant.pv_count > 1
-  pv_setpoint = min(q.pv_setpoint, pv_available);
-  list = new_state.pvs;
-  values = num2cell(pv_setpoint);
-  [list.power_setpoint] = values{:};
-  new_state.pvs = list;
+  new_state.pvs = with_setpoints(new_state.pvs, pv_setpoint);
 end
 wind_setpoint = [];
-if plant.wind_count == 1
+if plant.wind_count > 0
   wind_setpoint = min(q.wind_setpoint, wind_available);
-  list = new_state.wind_turbines;
-  list.power_setpoint = wind_setpoint;
-  new_state.wind_turbines = list;
-elseif plant.wind_count > 1
-  wind_setpoint = min(q.wind_setpoint, wind_available);
-  list = new_state.wind_turbines;
-  values = num2cell(wind_setpoint);
-  [list.power_setpoint] = values{:};
-  new_state.wind_turbines = list;
+  new_state.wind_turbines = with_setpoints(new_state.wind_turbines, wind_setpoint);
 end
 
 % System converters: the first carries every flow (output = input * efficiency / 100),
@@ -198,5 +175,15 @@ if plant.load_count > 0
     [list.load_served] = values{:};
   end
   new_state.primary_loads = list;
+end
+end
+
+function list = with_setpoints(list, setpoints)
+% Writes one power_setpoint per element of a component list.
+if numel(setpoints) == 1
+  list.power_setpoint = setpoints;
+else
+  values = num2cell(setpoints);
+  [list.power_setpoint] = values{:};
 end
 end
