@@ -158,11 +158,12 @@ private:
     }
 
     // Ends after the closing quote; a doubled quote (or, in "...", a backslash) escapes it.
+    // Octave continues a "..." text on the next line after a backslash at the line's end.
     std::size_t text_length(char quote) const {
         std::size_t n = 1;
         while (pos_ + n < src_.size() && src_[pos_ + n] != '\n') {
             const char c = src_[pos_ + n];
-            if (quote == '"' && c == '\\' && pos_ + n + 1 < src_.size() && src_[pos_ + n + 1] != '\n') {
+            if (quote == '"' && c == '\\' && pos_ + n + 1 < src_.size()) {
                 n += 2;
                 continue;
             }
@@ -221,6 +222,11 @@ private:
             ++pos_;
         } else {
             advance(length);
+            // Only a continued "..." text spans lines.
+            if (const std::size_t last = token.text.rfind('\n'); last != std::string_view::npos) {
+                line_ += static_cast<int>(std::count(token.text.begin(), token.text.end(), '\n'));
+                column_ = static_cast<int>(length - last);
+            }
         }
         space_ = false;
         if (kind != TokenKind::comment) {

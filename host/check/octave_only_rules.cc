@@ -139,18 +139,19 @@ private:
         }
         if (t.text == "(" || t.text == "[" || t.text == "{") {
             brackets_.push_back(t.text[0]);
-            // @(x)(x + 1): the parameters of an anonymous function are not a call.
-            anonymous_.push_back(t.text == "(" && previous_is("@"));
+            // @(x)(x + 1) and s.(name){1}: an anonymous function's parameters and a
+            // dynamic field name are not calls, and MATLAB indexes after them.
+            not_a_call_.push_back(t.text == "(" && (previous_is("@") || previous_is(".")));
         } else if ((t.text == ")" || t.text == "]" || t.text == "}") && !brackets_.empty()) {
-            last_closed_anonymous_ = anonymous_.back();
+            last_closed_not_a_call_ = not_a_call_.back();
             brackets_.pop_back();
-            anonymous_.pop_back();
+            not_a_call_.pop_back();
         }
     }
 
     bool closed_call_or_matrix() const {
         if (previous_ == nullptr || previous_->kind != TokenKind::symbol) return false;
-        return (previous_->text == ")" && !last_closed_anonymous_) || previous_->text == "]";
+        return (previous_->text == ")" && !last_closed_not_a_call_) || previous_->text == "]";
     }
 
     bool previous_is(std::string_view s) const {
@@ -181,8 +182,8 @@ private:
     std::size_t i_ = 0;
     const Token* previous_ = nullptr;
     std::string brackets_;
-    std::vector<bool> anonymous_;
-    bool last_closed_anonymous_ = false;
+    std::vector<bool> not_a_call_;
+    bool last_closed_not_a_call_ = false;
     int open_do_loops_ = 0;
     std::vector<Finding> findings_;
 };
