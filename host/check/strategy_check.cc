@@ -20,13 +20,9 @@ namespace fs = std::filesystem;
 // The extension parameters that name the strategy's functions, as a scenario writes them.
 constexpr const char* function_parameters[] = {"start simulation", "dispatch", "end simulation"};
 
-struct Strategy {
-    fs::path folder;
-    std::vector<std::string> functions;  // named by the scenario; empty for a bare folder
-};
-
-// Only the parameters this command needs; `dispatch-bench run` checks the rest.
-Strategy strategy_of_scenario(const fs::path& file) {
+// The folder a scenario's "path" names, once every function it names has its file there.
+// Only the parameters this command needs are read; `dispatch-bench run` checks the rest.
+fs::path folder_of_scenario(const fs::path& file) {
     const Json scenario = parse_json_file(file.string());
     const std::string where = file.string() + ": extension_parameters";
     const Json* parameters = scenario.is_object() && scenario.contains("extension_parameters")
@@ -35,7 +31,8 @@ Strategy strategy_of_scenario(const fs::path& file) {
     if (parameters == nullptr || !parameters->is_array()) {
         throw InputError(where + ": missing, or not a list; it must hold a \"path\" naming the strategy folder");
     }
-    Strategy strategy;
+    fs::path folder;
+    std::vector<std::string> functions;
     bool has_path = false;
     for (std::size_t i = 0; i < parameters->size(); ++i) {
         const Json& p = (*parameters)[i];
@@ -49,31 +46,23 @@ Strategy strategy_of_scenario(const fs::path& file) {
         }
         const std::string value = p["value"].get<std::string>();
         if (name == "path") {
-            strategy.folder = (file.parent_path() / value).lexically_normal();
+            folder = (file.parent_path() / value).lexically_normal();
             has_path = true;
         } else if (!value.empty()) {
-            strategy.functions.push_back(value);
+            functions.push_back(value);
         }
     }
     if (!has_path) throw InputError(where + ": no \"path\" parameter names the strategy folder");
-    if (!fs::is_directory(strategy.folder)) {
-        throw InputError(where + ": \"path\": the folder " + strategy.folder.string() + " does not exist");
+    if (!fs::is_directory(folder)) {
+        throw InputError(where + ": \"path\": the folder " + folder.string() + " does not exist");
     }
-    for (const std::string& function : strategy.functions) {
-        const fs::path m_file = strategy.folder / (function + ".m");
+    for (const std::string& function : functions) {
+        const fs::path m_file = folder / (function + ".m");
         if (!fs::is_regular_file(m_file)) {
             throw InputError(file.string() + ": the function " + function + " has no file " + m_file.string());
         }
     }
-    return strategy;
-}
-
-Strategy strategy_of(const std::string& folder_or_scenario) {
-    const fs::path given(folder_or_scenario);
-    std::error_code ec;
-    if (fs::is_directory(given, ec)) return {given, {}};
-    if (fs::is_regular_file(given, ec)) return strategy_of_scenario(given);
-    throw InputError(folder_or_scenario + ": no such folder or scenario file");
+    return folder;
 }
 
 std::vector<fs::path> m_files(const fs::path& folder) {
@@ -86,6 +75,16 @@ std::vector<fs::path> m_files(const fs::path& folder) {
     if (files.empty()) throw InputError(folder.string() + ": no .m files in the folder");
     std::sort(files.begin(), files.end());
     return files;
+}
+
+// A folder, one .m file, or a scenario naming the folder.
+std::vector<fs::path> files_to_check(const std::string& target) {
+    const fs::path given(target);
+    std::error_code ec;
+    if (fs::is_directory(given, ec)) return m_files(given);
+    if (!fs::is_regular_file(given, ec)) throw InputError(target + ": no such folder or scenario file");
+    if (given.extension() == ".m") return {given};
+    return m_files(folder_of_scenario(given));
 }
 
 std::string read_source(const fs::path& file) {
@@ -109,9 +108,8 @@ int run_check_command(const std::string& folder_or_scenario, std::ostream& out, 
     };
     std::vector<Checked> checked;
     try {
-        const Strategy strategy = strategy_of(folder_or_scenario);
         // Every file is read before anything is printed, so bad input never leaves half a report.
-        for (const fs::path& file : m_files(strategy.folder)) {
+        for (const fs::path& file : files_to_check(folder_or_scenario)) {
             checked.push_back({file, find_octave_only(read_source(file))});
         }
     } catch (const InputError& e) {

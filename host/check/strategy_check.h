@@ -9,8 +9,9 @@
 
 namespace tamlo_host {
 
-// folder_or_scenario is a folder of .m files or a scenario file, whose extension parameter
-// "path" names the folder (and whose function names must have their .m files there).
+// folder_or_scenario is a folder of .m files, one .m file, or a scenario file whose
+// extension parameter "path" names the folder (and whose function names must have their
+// .m files there).
 // Writes one line per finding to out,
 //   FILE:LINE:COLUMN: Octave only: CONSTRUCT; MATLAB: FORM
 // then a count line. Returns the exit status: 0 no finding, 1 findings, 2 bad input

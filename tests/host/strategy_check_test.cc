@@ -148,10 +148,11 @@ TEST_F(CheckCommand, ListsFindingsFileByFileThenCounts) {
     EXPECT_EQ(err.str(), "");
 }
 
-TEST_F(CheckCommand, CleanFolderExitsZero) {
+TEST_F(CheckCommand, CleanFolderOrFileExitsZero) {
     write("strategy/a_start.m", "function a_start()\nend\n");
     EXPECT_EQ(check(folder / "strategy"), 0);
-    EXPECT_EQ(out.str(), "no Octave-only constructs in 1 file\n");
+    EXPECT_EQ(check(folder / "strategy" / "a_start.m"), 0);
+    EXPECT_EQ(out.str(), "no Octave-only constructs in 1 file\nno Octave-only constructs in 1 file\n");
 }
 
 TEST_F(CheckCommand, ScenarioNamesTheFolder) {
