@@ -53,12 +53,13 @@ fs::path folder_of_scenario(const fs::path& file) {
         }
     }
     if (!has_path) throw InputError(where + ": no \"path\" parameter names the strategy folder");
-    if (!fs::is_directory(folder)) {
+    std::error_code ec;
+    if (!fs::is_directory(folder, ec)) {
         throw InputError(where + ": \"path\": the folder " + folder.string() + " does not exist");
     }
     for (const std::string& function : functions) {
         const fs::path m_file = folder / (function + ".m");
-        if (!fs::is_regular_file(m_file)) {
+        if (!fs::is_regular_file(m_file, ec)) {
             throw InputError(file.string() + ": the function " + function + " has no file " + m_file.string());
         }
     }
@@ -113,6 +114,10 @@ int run_check_command(const std::string& folder_or_scenario, std::ostream& out, 
             checked.push_back({file, find_octave_only(read_source(file))});
         }
     } catch (const InputError& e) {
+        err << "dispatch-bench check: " << e.what() << '\n';
+        return 2;
+    } catch (const fs::filesystem_error& e) {
+        // A folder that vanishes or turns unreadable while being listed.
         err << "dispatch-bench check: " << e.what() << '\n';
         return 2;
     }
