@@ -18,6 +18,14 @@ for f in "$bench" "$scenario"; do
   [ -e "$f" ] || { echo "install_test: $f was not installed" >&2; exit 1; }
 done
 
+# Installed programs and libraries name no build folder in their run paths.
+while IFS= read -r -d '' f; do
+  if readelf -d "$f" 2>/dev/null | grep -E 'R(UN)?PATH' | grep -q -- "$build"; then
+    echo "install_test: $f keeps a run path into the build folder" >&2
+    exit 1
+  fi
+done < <(find "$prefix/bin" "$prefix/lib" -type f -print0)
+
 # No library path, no source or build folder in sight.
 cd "$work/elsewhere"
 env -u LD_LIBRARY_PATH "$bench" run "$scenario" --steps 6 --out results.csv >run.log 2>&1 || {
