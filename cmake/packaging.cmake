@@ -12,16 +12,20 @@ install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}
   FILES_MATCHING PATTERN "*.md")
 
-# Debian wants a copyright file and a compressed changelog in the documentation folder.
+# Debian wants a copyright file and a compressed changelog in the documentation folder, and
+# compressed manual pages.
 set(tamlo_debian_dir ${PROJECT_SOURCE_DIR}/cmake/debian)
 set(tamlo_changelog_gz ${PROJECT_BINARY_DIR}/packaging/changelog.Debian.gz)
+set(tamlo_manual_gz ${PROJECT_BINARY_DIR}/packaging/dispatch-bench.1.gz)
 file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/packaging)
-add_custom_command(OUTPUT ${tamlo_changelog_gz}
+add_custom_command(OUTPUT ${tamlo_changelog_gz} ${tamlo_manual_gz}
   COMMAND gzip -9nc ${tamlo_debian_dir}/changelog > ${tamlo_changelog_gz}
-  DEPENDS ${tamlo_debian_dir}/changelog
+  COMMAND gzip -9nc ${tamlo_debian_dir}/dispatch-bench.1 > ${tamlo_manual_gz}
+  DEPENDS ${tamlo_debian_dir}/changelog ${tamlo_debian_dir}/dispatch-bench.1
   VERBATIM)
-add_custom_target(tamlo_debian_changelog ALL DEPENDS ${tamlo_changelog_gz})
+add_custom_target(tamlo_debian_files ALL DEPENDS ${tamlo_changelog_gz} ${tamlo_manual_gz})
 install(FILES ${tamlo_debian_dir}/copyright ${tamlo_changelog_gz} DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${tamlo_manual_gz} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${tamlo_debian_dir}/lintian-overrides
   DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME tamlo-matlab-dispatch)
 

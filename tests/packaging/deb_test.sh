@@ -32,6 +32,7 @@ examples=usr/share/tamlo_matlab_dispatch/examples
   printf '%s\n' usr/bin/dispatch-bench \
     $lib/libtamlo_matlab_dispatch.so $lib/libmx.so $lib/libeng.so $lib/octave-engine \
     usr/include/tamlo/matrix.h usr/include/tamlo/engine.h \
+    usr/share/man/man1/dispatch-bench.1.gz \
     $doc/copyright $doc/changelog.Debian.gz $doc/README.md \
     usr/share/lintian/overrides/tamlo-matlab-dispatch
   (cd "$source_dir/docs" && find . -name '*.md' | sed "s#^\./#$doc/#")
