@@ -47,6 +47,7 @@ if ! diff -u "$work/expected.txt" "$work/actual.txt" >"$work/contents.diff"; the
 fi
 echo "deb_test: $(wc -l <"$work/actual.txt") files, as expected"
 
-# Errors fail; warnings and overrides are shown.
-lintian --fail-on error --show-overrides "$deb" | tee "$work/lintian.txt"
+# Errors fail; warnings are shown. (Overridden tags, in cmake/debian/lintian-overrides, are
+# not: shown, they would count as errors.)
+lintian --fail-on error "$deb" 2>&1 | { grep -v "running with root privileges" || true; } | tee "$work/lintian.txt"
 echo "deb_test: lintian found no errors"
