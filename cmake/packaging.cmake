@@ -25,7 +25,9 @@ add_custom_command(OUTPUT ${tamlo_changelog_gz} ${tamlo_manual_gz}
   VERBATIM)
 add_custom_target(tamlo_debian_files ALL DEPENDS ${tamlo_changelog_gz} ${tamlo_manual_gz})
 install(FILES ${tamlo_debian_dir}/copyright ${tamlo_changelog_gz} DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(FILES ${tamlo_manual_gz} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+if(TARGET dispatch-bench)
+  install(FILES ${tamlo_manual_gz} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()
 install(FILES ${tamlo_debian_dir}/lintian-overrides
   DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME tamlo-matlab-dispatch)
 

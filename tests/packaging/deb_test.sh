@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Makes the Debian package with CPack, compares its file list with what it must hold, shows
 # its dependencies, and runs lintian on it (any lintian error fails).
-# Usage: deb_test.sh BUILD_DIR WORK_DIR SOURCE_DIR
+# Usage: deb_test.sh BUILD_DIR WORK_DIR SOURCE_DIR PACKAGE_LIB_DIR (e.g. usr/lib/tamlo_matlab_dispatch)
 set -euo pipefail
 build=$1
 work=$2
 source_dir=$3
+lib=$4
 rm -rf "$work"
 mkdir -p "$work"
 
@@ -25,7 +26,6 @@ depends=$(dpkg-deb -f "$deb" Depends)
 grep -Eq '(^|, )octave( |,|$)' <<<"$depends" || { echo "deb_test: Depends lacks octave: $depends" >&2; exit 1; }
 
 # Expected files: the programs and libraries, and every example and document of the tree.
-lib=usr/lib/tamlo_matlab_dispatch
 doc=usr/share/doc/tamlo-matlab-dispatch
 examples=usr/share/tamlo_matlab_dispatch/examples
 {
