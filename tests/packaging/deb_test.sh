@@ -47,6 +47,17 @@ if ! diff -u "$work/expected.txt" "$work/actual.txt" >"$work/contents.diff"; the
 fi
 echo "deb_test: $(wc -l <"$work/actual.txt") files, as expected"
 
+# The packaged (stripped) programs run from where the package puts them, relative to /usr.
+root=$work/root
+dpkg-deb -x "$deb" "$root"
+(cd "$work" && env -u LD_LIBRARY_PATH "$root/usr/bin/dispatch-bench" run \
+  "$root/usr/share/tamlo_matlab_dispatch/examples/hybrid_cycle_charging.json" --steps 3 --quiet >run.log 2>&1) || {
+  echo "deb_test: the packaged dispatch-bench failed:" >&2
+  cat "$work/run.log" >&2
+  exit 1
+}
+echo "deb_test: the packaged dispatch-bench ran the packaged example"
+
 # Errors fail; warnings are shown. (Overridden tags, in cmake/debian/lintian-overrides, are
 # not: shown, they would count as errors.)
 lintian --fail-on error "$deb" 2>&1 | { grep -v "running with root privileges" || true; } | tee "$work/lintian.txt"
