@@ -4,7 +4,11 @@ set(TAMLO_SANITIZER_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=all
 
 # Warnings and (optionally) sanitizers for a target written by us.
 function(tamlo_target_defaults target)
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Werror=return-type)
+  if(MSVC)
+    target_compile_options(${target} PRIVATE /W4)
+  else()
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Werror=return-type)
+  endif()
   if(TAMLO_SANITIZE)
     target_compile_options(${target} PRIVATE ${TAMLO_SANITIZER_FLAGS})
     target_link_options(${target} PRIVATE ${TAMLO_SANITIZER_FLAGS})

@@ -8,6 +8,7 @@ packages=(
   octave liboctave-dev
   nlohmann-json3-dev gnuplot-nox
   valgrind
+  lintian dpkg-dev g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64
 )
 
 missing=()
