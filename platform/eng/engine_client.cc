@@ -234,9 +234,12 @@ public:
 private:
     // Every call starts its own time limit.
     void start_call() {
-        deadline_ = timeout_seconds_ > 0 ? Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                                              std::chrono::duration<double>(timeout_seconds_))
-                                         : Clock::time_point::max();
+        // A limit beyond a year is as good as none, and stays clear of the clock's range.
+        constexpr double longest = 365.0 * 24 * 3600;
+        deadline_ = timeout_seconds_ > 0 && timeout_seconds_ < longest
+                        ? Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                             std::chrono::duration<double>(timeout_seconds_))
+                        : Clock::time_point::max();
     }
 
     // Sends the request being built; a transport failure marks the engine dead.

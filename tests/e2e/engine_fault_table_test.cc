@@ -89,7 +89,7 @@ TEST(EngineFaultTable, EachFaultNamesItsCauseAndTheNextRunGetsAFreshEngine) {
     } rows[] = {
         {"killed", "start_ok", SIGKILL, 60, ended + "(killed by signal 9 (SIGKILL)).", true},
         {"stopped", "start_ok", SIGSTOP, 2, time_limit, true},
-        {"crash", "start_crash", 0, 60, ended + "(killed by signal 11 (SIGSEGV)).", true},
+        {"crash", "start_crash", 0, 60, ended + "(killed by signal 4 (SIGILL)).", true},
         {"exit(3)", "start_exit", 0, 60, ended + "(quit or exit called, exit status 3).", true},
         {"quit", "start_quit", 0, 60, ended + "(quit or exit called, exit status 0).", true},
         {"endless loop", "start_endless_loop", 0, 2, time_limit, true},
