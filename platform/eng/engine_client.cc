@@ -8,6 +8,11 @@
 //
 // engOpenSingleUse status codes: 1 no octave-engine program found beside libeng, 2 the
 // socket or process could not be created, 3 the engine did not report ready.
+//
+// Unattended runs: a call that fails because the engine process is gone (killed, crashed,
+// quit, or ended here after running past its time limit) writes one line naming the cause
+// into the registered output buffer, where the caller looks for printed errors anyway. The
+// process is reaped at once, so no zombie waits for engClose.
 #include "engine.h"
 #include "tamlo_eng_ext.h"
 
@@ -16,21 +21,25 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <cmath>
 #include <chrono>
 #include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <string_view>
+#include <thread>
 #include <unordered_map>
 #include <vector>
 
@@ -53,12 +62,62 @@ constexpr int status_not_ready = 3;
 constexpr int ready_timeout_ms = 120000;
 // How long engClose waits for the engine to leave on its own before killing it.
 constexpr auto close_grace = std::chrono::seconds(3);
+// After an interrupt for running past its time limit, how long the engine has to leave
+// before it is killed.
+constexpr auto interrupt_grace = std::chrono::seconds(1);
+// How long a process whose socket has closed may take to finish exiting.
+constexpr auto exit_grace = std::chrono::seconds(2);
+
+// The limit engines opened from now on start with; 0 means none.
+std::atomic<double> default_call_timeout{0.0};
+
+bool valid_timeout(double seconds) { return std::isfinite(seconds) && seconds >= 0; }
+
+using Clock = std::chrono::steady_clock;
+
+std::string signal_text(int sig) {
+    const char* abbrev = ::sigabbrev_np(sig);
+    std::string text = "killed by signal " + std::to_string(sig);
+    if (abbrev != nullptr) text += std::string(" (SIG") + abbrev + ")";
+    return text;
+}
+
+// The line that tells the caller why the engine is gone, from its wait status.
+std::string ended_line(bool reaped, int status, bool quit_requested) {
+    std::string cause;
+    if (!reaped)
+        cause.clear();
+    else if (WIFSIGNALED(status))
+        cause = signal_text(WTERMSIG(status));
+    else if (WIFEXITED(status))
+        cause = (quit_requested ? "quit or exit called, exit status " : "exit status ") +
+                std::to_string(WEXITSTATUS(status));
+    if (cause.empty()) return "The MATLAB engine process has ended.";
+    return "The MATLAB engine process has ended (" + cause + ").";
+}
+
+std::string seconds_text(double seconds) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", seconds);
+    return text;
+}
+
+// True while the process is stopped (SIGSTOP, SIGTSTP, a tracer): it will not answer.
+bool process_stopped(pid_t pid) {
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string line;
+    if (!std::getline(stat, line)) return false;
+    const size_t close_paren = line.rfind(')');
+    if (close_paren == std::string::npos || close_paren + 2 >= line.size()) return false;
+    const char state = line[close_paren + 2];
+    return state == 'T' || state == 't';
+}
 
 constexpr const char* server_name = "octave-engine";
 
 class Session {
 public:
-    Session(int fd, pid_t pid) : fd_(fd), pid_(pid) {}
+    Session(int fd, pid_t pid) : fd_(fd), pid_(pid) { set_call_timeout(default_call_timeout.load()); }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
     ~Session() { end(); }
@@ -70,30 +129,51 @@ public:
         output_length_ = buffer != nullptr && length > 0 ? length : 0;
     }
 
+    void set_call_timeout(double seconds) {
+        timeout_seconds_ = seconds;
+        // A frame cut off in the middle (the engine stopped while sending, or a full socket
+        // to a stopped engine) is bounded too: blocking socket calls give up after the limit.
+        timeval tv{};
+        if (seconds > 0) {
+            const double whole = std::floor(seconds);
+            tv.tv_sec = static_cast<time_t>(whole);
+            tv.tv_usec = static_cast<suseconds_t>((seconds - whole) * 1e6);
+            if (tv.tv_sec == 0 && tv.tv_usec == 0) tv.tv_usec = 1;
+        }
+        if (fd_ >= 0) {
+            ::setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &tv, sizeof tv);
+            ::setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &tv, sizeof tv);
+        }
+    }
+
     int eval(const char* command) {
-        if (!alive_) return 1;
+        start_call();
+        if (!alive_) return report_gone();
         request_.begin(Kind::eval);
         request_.put_u32(output_length_ > 0 ? static_cast<uint32_t>(output_length_ - 1) : 0);
         request_.put_string(command);
         Kind kind{};
-        if (!exchange(kind)) return 1;
+        if (!exchange(kind)) return report_gone();
         Reader r = reply_body();
         uint8_t status = 0;
         std::string_view text;
         if (kind != Kind::eval_done || !r.get_u8(status, "status") || !r.get_string(text, "output") ||
-            !r.expect_end())
-            return broken();
+            !r.expect_end()) {
+            broken();
+            return report_gone();
+        }
         copy_output(text);
         if (status != 0) {
             // The user's code ended the engine (quit/exit): the session is over.
-            alive_ = false;
-            return 1;
+            gone(/*quit_requested=*/true);
+            return report_gone();
         }
         return 0;
     }
 
     int put(const char* name, const mxArray* value) {
-        if (!alive_) return 1;
+        start_call();
+        if (!alive_) return report_gone();
         request_.begin(Kind::put);
         request_.put_string(name);
         std::string error;
@@ -102,7 +182,8 @@ public:
         if (request_.finish().size() - tamlo::wire::header_length > tamlo::wire::max_frame_length) return 1;
         if (!is_accepted_name(name)) {
             Kind kind{};
-            if (!exchange(kind) || kind != Kind::ok) return 1;
+            if (!exchange(kind)) return report_gone();
+            if (kind != Kind::ok) return 1;
             remember_accepted_name(name);
             return 0;
         }
@@ -110,22 +191,24 @@ public:
         // unless the engine itself does. Its reply is read with the next request's, which saves
         // a round trip per time step; a failure found then breaks the session, so no later call
         // ever works on a workspace without this value.
-        if (!send_request() || !settle_put_in_flight()) return 1;
+        if (!send_request() || !settle_put_in_flight()) return report_gone();
         put_in_flight_ = true;
         return 0;
     }
 
     mxArray* get(const char* name) {
-        if (!alive_) return nullptr;
+        start_call();
+        if (!alive_) return report_gone_quietly();
         request_.begin(Kind::get);
         request_.put_string(name);
         Kind kind{};
-        if (!exchange(kind) || kind != Kind::value) return nullptr;
+        if (!exchange(kind)) return report_gone_quietly();
+        if (kind != Kind::value) return nullptr;
         Reader r = reply_body();
         tamlo::wire::ArrayPtr a = tamlo::wire::get_mx_array(r);
         if (a == nullptr || !r.expect_end()) {
             broken();
-            return nullptr;
+            return report_gone_quietly();
         }
         return a.release();
     }
@@ -133,6 +216,9 @@ public:
     // Asks the engine to leave, closes the socket and reaps the process.
     void end() {
         if (fd_ >= 0) {
+            // A stopped engine would only be waited for in vain.
+            if (alive_ && pid_ > 0 && process_stopped(pid_)) kill_now();
+            start_call();
             settle_put_in_flight();
             if (alive_) {
                 request_.begin(Kind::close);
@@ -146,19 +232,55 @@ public:
     }
 
 private:
+    // Every call starts its own time limit.
+    void start_call() {
+        // A limit beyond a year is as good as none, and stays clear of the clock's range.
+        constexpr double longest = 365.0 * 24 * 3600;
+        deadline_ = timeout_seconds_ > 0 && timeout_seconds_ < longest
+                        ? Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                             std::chrono::duration<double>(timeout_seconds_))
+                        : Clock::time_point::max();
+    }
+
     // Sends the request being built; a transport failure marks the engine dead.
     bool send_request() {
         if (tamlo::wire::send_frame(fd_, request_.finish())) return true;
-        alive_ = false;
+        // A send time-out (a full socket to an engine that does not read) counts against the
+        // call's limit.
+        if (Clock::now() >= deadline_)
+            end_for_time_limit();
+        else
+            gone(false);
+        return false;
+    }
+
+    // Waits until a reply can be read or the call's time limit has passed; past it the engine
+    // is ended and false returned.
+    bool wait_for_reply() {
+        if (deadline_ == Clock::time_point::max() || replies_.more_waiting(fd_)) return true;
+        pollfd p{fd_, POLLIN, 0};
+        for (;;) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - Clock::now()).count();
+            if (left <= 0) break;
+            const int r = ::poll(&p, 1, static_cast<int>(std::min<long long>(left, INT_MAX)));
+            if (r > 0) return true;
+            if (r < 0 && errno != EINTR) return true;  // let the receive report the failure
+        }
+        end_for_time_limit();
         return false;
     }
 
     // Receives one reply; false (the engine marked dead or broken) for a transport failure or
     // a reply of an unknown kind.
     bool receive_reply(Kind& kind) {
+        if (!wait_for_reply()) return false;
         std::string error;
         if (replies_.receive(fd_, error) != tamlo::wire::ReceiveStatus::ok) {
-            alive_ = false;
+            // A socket time-out inside a frame counts against the call's limit.
+            if (Clock::now() >= deadline_)
+                end_for_time_limit();
+            else
+                gone(false);
             return false;
         }
         const std::string_view payload = replies_.payload();
@@ -174,6 +296,7 @@ private:
     bool settle_put_in_flight() {
         if (!put_in_flight_) return true;
         put_in_flight_ = false;
+        if (!alive_) return false;
         Kind kind{};
         if (!receive_reply(kind)) return false;
         if (kind != Kind::ok) {
@@ -204,10 +327,99 @@ private:
     }
 
     // The engine answered nonsense: it cannot be trusted with another request.
-    int broken() {
+    void broken() {
+        if (!alive_) return;
+        kill_now();
+        reason_ = "The MATLAB engine process was ended after it sent a reply that could not be read.";
+    }
+
+    // The call ran past its limit: interrupt, a short grace, then kill.
+    void end_for_time_limit() {
+        if (!alive_) return;
         alive_ = false;
-        if (pid_ > 0) ::kill(pid_, SIGKILL);
+        if (pid_ > 0) {
+            ::kill(pid_, SIGINT);
+            // Closing our side lets the interrupted engine leave on its own.
+            ::shutdown(fd_, SHUT_RDWR);
+            int status = 0;
+            if (wait_for_exit(interrupt_grace, status) == Exit::running) kill_now();
+        }
+        reap();
+        reason_ = "The MATLAB engine process was ended after the call ran past its time limit of " +
+                  seconds_text(timeout_seconds_) + " s.";
+    }
+
+    void kill_now() {
+        alive_ = false;
+        if (pid_ <= 0) return;
+        ::kill(pid_, SIGKILL);
+        int status = 0;
+        while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+        }
+        pid_ = -1;
+    }
+
+    // The socket failed or the engine said it is quitting: learn how the process ended.
+    void gone(bool quit_requested) {
+        if (!alive_) return;
+        alive_ = false;
+        put_in_flight_ = false;
+        int status = 0;
+        const Exit exit = pid_ > 0 ? wait_for_exit(exit_grace, status) : Exit::not_ours;
+        if (exit == Exit::running) {
+            // Its socket is gone but the process lingers: it is of no further use.
+            kill_now();
+            reason_ = "The MATLAB engine process closed its connection and was ended.";
+            return;
+        }
+        reason_ = ended_line(exit == Exit::reaped, status, quit_requested);
+    }
+
+    enum class Exit { reaped, running, not_ours };
+
+    // Waits for the process to end, at most `limit`. When reaped here, status holds its wait
+    // status.
+    Exit wait_for_exit(Clock::duration limit, int& status) {
+        const auto until = Clock::now() + limit;
+        for (;;) {
+            const pid_t r = ::waitpid(pid_, &status, WNOHANG);
+            if (r == pid_) {
+                pid_ = -1;
+                return Exit::reaped;
+            }
+            if (r < 0 && errno != EINTR) {
+                pid_ = -1;  // the host reaps its children itself
+                return Exit::not_ours;
+            }
+            if (Clock::now() >= until) return Exit::running;
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        }
+    }
+
+    // A failed call on a gone engine: the reason goes into the output buffer.
+    int report_gone() {
+        if (!alive_) append_reason();
         return 1;
+    }
+    // engGetVariable: only into an empty buffer, as eval has usually reported it already.
+    mxArray* report_gone_quietly() {
+        if (!alive_ && output_length_ > 0 && output_[0] == '\0') append_reason();
+        return nullptr;
+    }
+
+    // Appends the reason as one line after what the buffer holds, unless it already ends with
+    // it; earlier text is cut, not the reason, when both do not fit.
+    void append_reason() {
+        if (output_length_ <= 0) return;
+        if (reason_.empty()) reason_ = ended_line(false, 0, false);
+        const std::string line = reason_ + "\n";
+        const size_t room = static_cast<size_t>(output_length_ - 1);
+        size_t held = ::strnlen(output_, room);
+        if (held >= line.size() && std::memcmp(output_ + held - line.size(), line.data(), line.size()) == 0) return;
+        if (held + line.size() > room) held = line.size() > room ? 0 : room - line.size();
+        const size_t n = std::min(line.size(), room - held);
+        std::memcpy(output_ + held, line.data(), n);
+        output_[held + n] = '\0';
     }
 
     void copy_output(std::string_view text) {
@@ -219,8 +431,9 @@ private:
 
     void wait_for_reply_briefly() {
         pollfd p{fd_, POLLIN, 0};
-        int timeout = static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(close_grace).count());
-        while (::poll(&p, 1, timeout) < 0 && errno == EINTR) {
+        auto grace = std::chrono::duration_cast<std::chrono::milliseconds>(close_grace).count();
+        if (timeout_seconds_ > 0) grace = std::min<long long>(grace, static_cast<long long>(timeout_seconds_ * 1000) + 1);
+        while (::poll(&p, 1, static_cast<int>(grace)) < 0 && errno == EINTR) {
         }
     }
 
@@ -247,6 +460,9 @@ private:
     int fd_;
     pid_t pid_;
     bool alive_ = true;
+    double timeout_seconds_ = 0;
+    Clock::time_point deadline_ = Clock::time_point::max();
+    std::string reason_;  // why the engine is gone, once it is
     bool put_in_flight_ = false;
     char* output_ = nullptr;
     int output_length_ = 0;
@@ -302,15 +518,18 @@ std::string directory_of_this_library() {
 
 // Build tree: lib/libeng.so beside bin/octave-engine. Installed tree: lib/ beside
 // libexec/tamlo_matlab_dispatch/. Or both in one folder.
-std::string find_server() {
+std::vector<std::string> server_candidates() {
     const std::string dir = directory_of_this_library();
     if (dir.empty()) return {};
-    const std::string candidates[] = {
+    return {
         dir + "/" + server_name,
         dir + "/../bin/" + server_name,
         dir + "/../libexec/tamlo_matlab_dispatch/" + server_name,
     };
-    for (const std::string& c : candidates)
+}
+
+std::string find_server() {
+    for (const std::string& c : server_candidates())
         if (::access(c.c_str(), X_OK) == 0) return c;
     return {};
 }
@@ -471,6 +690,26 @@ const char* tamlo_engServerPath(void) {
     thread_local std::string path;
     path = find_server();
     return path.empty() ? nullptr : path.c_str();
+}
+
+int tamlo_engSetCallTimeout(Engine* ep, double seconds) {
+    std::shared_ptr<Session> s = sessions().find(ep);
+    if (s == nullptr || !valid_timeout(seconds)) return 1;
+    s->set_call_timeout(seconds);
+    return 0;
+}
+
+int tamlo_engSetDefaultCallTimeout(double seconds) {
+    if (!valid_timeout(seconds)) return 1;
+    default_call_timeout.store(seconds);
+    return 0;
+}
+
+const char* tamlo_engServerCandidates(void) {
+    thread_local std::string text;
+    text.clear();
+    for (const std::string& c : server_candidates()) text += c + "\n";
+    return text.c_str();
 }
 
 }  // extern "C"

@@ -4,16 +4,20 @@
 // Usage: octave-engine --fd N [--parent PID]
 #include <octave/oct.h>
 #include <octave/interpreter.h>
+#include <octave/ov-builtin.h>
+#include <octave/symtab.h>
 #include <octave/lex.h>
 #include <octave/pager.h>
 #include <octave/quit.h>
 #include <octave/utils.h>
 
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <cmath>
 #include <cstring>
 #include <iostream>
 #include <new>
@@ -73,8 +77,12 @@ EvalOutcome evaluate(octave::interpreter& interp, const std::string& command) {
         int parse_status = 0;
         interp.eval_string(command, false, parse_status, 0);
     } catch (const octave::execution_exception& e) {
-        // Octave itself would print the error after what the command printed before it.
-        capture.append("error: " + e.message() + "\n");
+        // As Octave's own command line prints it, after what the command printed before it:
+        // the message, then "error: called from" and the function, line and column of each
+        // frame of the user's code.
+        std::ostringstream text;
+        e.display(text);
+        capture.append(text.str());
         interp.recover_from_exception();
     } catch (const octave::exit_exception& e) {
         outcome.quitting = true;
@@ -88,6 +96,83 @@ EvalOutcome evaluate(octave::interpreter& interp, const std::string& command) {
     }
     outcome.output = capture.text();
     return outcome;
+}
+
+// Nothing in the engine may wait for a terminal: there is none, and a run is unattended.
+// These built-ins replace Octave's own for the process's life (`clear all` keeps them).
+[[noreturn]] void no_terminal(const char* name, const char* hint = "") {
+    error("%s: the MATLAB engine runs without a terminal, so nothing can wait for a key or a reply%s", name,
+          hint);
+}
+
+octave_value_list engine_keyboard(const octave_value_list&, int) { no_terminal("keyboard"); }
+octave_value_list engine_input(const octave_value_list&, int) { no_terminal("input"); }
+octave_value_list engine_kbhit(const octave_value_list&, int) { no_terminal("kbhit"); }
+octave_value_list engine_yes_or_no(const octave_value_list&, int) { no_terminal("yes_or_no"); }
+octave_value_list engine_waitforbuttonpress(const octave_value_list&, int) { no_terminal("waitforbuttonpress"); }
+octave_value_list engine_ginput(const octave_value_list&, int) { no_terminal("ginput"); }
+octave_value_list engine_dbstop(const octave_value_list&, int) { no_terminal("dbstop", " (no debugger)"); }
+
+// Output is never paged: `more on` is accepted and changes nothing.
+octave_value_list engine_more(const octave_value_list&, int) { return {}; }
+
+// Entering the debugger on an error, warning or interrupt would wait for commands.
+octave_value_list debug_switch(const char* name, const octave_value_list& args) {
+    if (args.length() > 0 && args(0).is_true()) no_terminal(name, " (no debugger)");
+    return ovl(false);
+}
+octave_value_list engine_debug_on_error(const octave_value_list& args, int) {
+    return debug_switch("debug_on_error", args);
+}
+octave_value_list engine_debug_on_warning(const octave_value_list& args, int) {
+    return debug_switch("debug_on_warning", args);
+}
+octave_value_list engine_debug_on_interrupt(const octave_value_list& args, int) {
+    return debug_switch("debug_on_interrupt", args);
+}
+
+// Octave's own pause, kept for pauses of a given length.
+octave_value original_pause;
+
+octave_value_list engine_pause(octave::interpreter& interp, const octave_value_list& args, int nargout) {
+    bool waits_for_key = args.length() == 0;
+    if (args.length() == 1 && args(0).is_real_scalar() && std::isinf(args(0).double_value())) waits_for_key = true;
+    if (waits_for_key) no_terminal("pause", "; use pause(seconds)");
+    return interp.feval(original_pause, args, nargout);
+}
+
+void install_unattended_builtins(octave::interpreter& interp) {
+    octave::symbol_table& symtab = interp.get_symbol_table();
+    original_pause = symtab.find_built_in_function("pause");
+    struct Replacement {
+        const char* name;
+        octave_builtin::fcn fn;
+    };
+    const Replacement replacements[] = {
+        {"keyboard", engine_keyboard},
+        {"input", engine_input},
+        {"kbhit", engine_kbhit},
+        {"yes_or_no", engine_yes_or_no},
+        {"dbstop", engine_dbstop},
+        {"more", engine_more},
+        {"debug_on_error", engine_debug_on_error},
+        {"debug_on_warning", engine_debug_on_warning},
+        {"debug_on_interrupt", engine_debug_on_interrupt},
+    };
+    for (const Replacement& r : replacements)
+        symtab.install_built_in_function(r.name, octave_value(new octave_builtin(r.fn, r.name)));
+    symtab.install_built_in_function("pause", octave_value(new octave_builtin(engine_pause, "pause")));
+    // These two are m-files, which come before built-ins; a locked command-line function
+    // comes before the load path and survives `clear all`.
+    const Replacement m_file_replacements[] = {
+        {"waitforbuttonpress", engine_waitforbuttonpress},
+        {"ginput", engine_ginput},
+    };
+    for (const Replacement& r : m_file_replacements) {
+        auto* fn = new octave_builtin(r.fn, r.name);
+        fn->lock();
+        symtab.install_cmdline_function(r.name, octave_value(fn));
+    }
 }
 
 bool valid_variable_name(const std::string& name) {
@@ -243,6 +328,9 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
 
     const int sock = static_cast<int>(fd);
+    // Programs the user's code starts must not hold the socket open: the host sees the
+    // engine's end as the socket's end.
+    ::fcntl(sock, F_SETFD, FD_CLOEXEC);
     int status = 0;
     {
         octave::interpreter interp;
@@ -253,6 +341,13 @@ int main(int argc, char** argv) {
             tamlo::wire::send_frame(sock, error_frame("the Octave interpreter did not start"));
             ::_exit(3);
         }
+        install_unattended_builtins(interp);
+        interp.get_output_system().page_screen_output(false);
+        // A crash must not leave an octave-workspace file in the user's folder.
+        interp.eval_string(std::string("crash_dumps_octave_core(false); sighup_dumps_octave_core(false); "
+                                       "sigterm_dumps_octave_core(false);"),
+                           true, status, 0);
+        status = 0;
         // Tells the client that the interpreter is ready.
         if (!tamlo::wire::send_frame(sock, Writer(Kind::ok).finish())) ::_exit(0);
         Server server(interp, sock);

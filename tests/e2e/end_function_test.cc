@@ -27,7 +27,9 @@ std::string end_command(const std::string& function) {
 TEST(EndFunction, EndSimOutBecomesPrefixedErrorsAndWarnings) {
     const EndCase cases[] = {
         {"end_no_output",
-         {"MATLAB error: MATLAB error while executing '" + end_command("end_no_output") + "': error: 'end_sim_out' undefined near line 1, column 10"},
+         {"MATLAB error: MATLAB error while executing '" + end_command("end_no_output") +
+          "': error: 'end_sim_out' undefined near line 1, column 10"
+          "error: called from    end_no_output at line 4 column 1"},
          {}},
         {"no_such_end_function",
          {"MATLAB error: MATLAB error while executing '" + end_command("no_such_end_function") +

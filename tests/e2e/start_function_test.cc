@@ -33,7 +33,8 @@ TEST(StartFunction, InitErrorDecidesTheOutcome) {
         // These two come first, while the workspace holds no init_error of an earlier run.
         {"start_one_output", DISPATCH_CRITICAL_ERROR,
          "MATLAB error while executing '[init_error, custom_variables] = start_one_output(simulation_parameters);': "
-         "error: start_one_output: function called with too many outputs"},
+         "error: start_one_output: function called with too many outputs"
+         "error: called from    start_one_output"},
         // A name of blanks is not empty, so MATLAB is asked: it reads the command as
         // "[init_error, custom_variables] = (simulation_parameters)", assigns the parameters
         // struct to init_error and fails on custom_variables; init_error has no such fields.

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cmath>
 #include <chrono>
 #include <cstring>
 #include <fstream>
@@ -65,6 +66,9 @@ TEST(EngineLifecycle, ServerIsFoundBesideTheLibraryWithoutEnvironment) {
     const std::string p(path);
     EXPECT_EQ(p.substr(p.size() - std::strlen("/octave-engine")), "/octave-engine");
     EXPECT_EQ(::access(path, X_OK), 0);
+    // The program found is one of the places listed, one per line.
+    const std::string places = "\n" + std::string(tamlo_engServerCandidates());
+    EXPECT_NE(places.find("\n" + p + "\n"), std::string::npos) << places;
 }
 
 TEST(EngineLifecycle, CloseEndsAndReapsTheEngine) {
@@ -134,6 +138,58 @@ TEST(EngineFaults, KilledEngineFailsEveryLaterCallQuickly) {
     EXPECT_TRUE(process_gone(pid));
 }
 
+TEST(EngineFaults, AGoneEngineLeavesItsCauseInTheOutputBuffer) {
+    const std::string killed = "The MATLAB engine process has ended (killed by signal 9 (SIGKILL)).\n";
+    struct Row {
+        const char* what;
+        int signal;
+        double time_limit;
+        int call;  // 0 eval, 1 put, 2 get
+        std::string buffer;
+    } rows[] = {
+        {"killed, eval", SIGKILL, 0, 0, killed},
+        {"killed, put", SIGKILL, 0, 1, killed},
+        {"killed, get", SIGKILL, 0, 2, killed},
+        {"stopped, eval past its limit", SIGSTOP, 1, 0,
+         "The MATLAB engine process was ended after the call ran past its time limit of 1 s.\n"},
+        {"stopped, get past its limit", SIGSTOP, 0.5, 2,
+         "The MATLAB engine process was ended after the call ran past its time limit of 0.5 s.\n"},
+    };
+    ArrayOwner one(mxCreateDoubleScalar(1));
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        Engine* ep = open_engine();
+        ASSERT_NE(ep, nullptr);
+        char buf[256] = "";
+        engOutputBuffer(ep, buf, sizeof buf);
+        EXPECT_EQ(tamlo_engSetCallTimeout(ep, row.time_limit), 0);
+        const int pid = tamlo_engGetPid(ep);
+        ASSERT_EQ(::kill(pid, row.signal), 0);
+        switch (row.call) {
+            case 0: EXPECT_NE(engEvalString(ep, "x = 1;"), 0); break;
+            case 1: EXPECT_NE(engPutVariable(ep, "x", one.a), 0); break;
+            default: EXPECT_EQ(engGetVariable(ep, "x"), nullptr); break;
+        }
+        EXPECT_EQ(buf, row.buffer);
+        // Reaped at once: no zombie waits for engClose.
+        EXPECT_TRUE(process_gone(pid));
+        EXPECT_EQ(engClose(ep), 0);
+    }
+}
+
+TEST(EngineFaults, TimeLimitsAreCheckedAndAStoppedEngineStillCloses) {
+    EXPECT_EQ(tamlo_engSetDefaultCallTimeout(-1), 1);
+    EXPECT_EQ(tamlo_engSetDefaultCallTimeout(std::nan("")), 1);
+    EXPECT_EQ(tamlo_engSetCallTimeout(nullptr, 1), 1);
+    Engine* ep = open_engine();
+    ASSERT_NE(ep, nullptr);
+    EXPECT_EQ(tamlo_engSetCallTimeout(ep, -1), 1);
+    const int pid = tamlo_engGetPid(ep);
+    ASSERT_EQ(::kill(pid, SIGSTOP), 0);
+    EXPECT_EQ(engClose(ep), 0);
+    EXPECT_TRUE(process_gone(pid));
+}
+
 TEST(EngineFaults, LargePutToADeadEngineRaisesNoSigpipe) {
     // SIGPIPE keeps its default action here, which would end this test process.
     struct sigaction before {};
@@ -166,12 +222,15 @@ TEST(EngineFaults, UserCodeCallingExitEndsOnlyTheEngine) {
     Engine* ep = open_engine();
     ASSERT_NE(ep, nullptr);
     const int pid = tamlo_engGetPid(ep);
-    char buf[64] = "";
+    char buf[256] = "";
     engOutputBuffer(ep, buf, sizeof buf);
     EXPECT_NE(engEvalString(ep, "disp('bye'); exit(3)"), 0);
-    EXPECT_STREQ(buf, "bye\n");
+    // What was printed stays, the reason follows, and later calls do not repeat it.
+    const char* said = "bye\nThe MATLAB engine process has ended (quit or exit called, exit status 3).\n";
+    EXPECT_STREQ(buf, said);
     EXPECT_NE(engEvalString(ep, "disp(1)"), 0);
     EXPECT_EQ(engGetVariable(ep, "x"), nullptr);
+    EXPECT_STREQ(buf, said);
     EXPECT_EQ(engClose(ep), 0);
     EXPECT_TRUE(process_gone(pid));
 }
