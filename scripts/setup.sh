@@ -8,6 +8,7 @@ packages=(
   octave liboctave-dev
   nlohmann-json3-dev gnuplot-nox
   valgrind
+  clang-14 libfuzzer-14-dev
 )
 
 missing=()
