@@ -36,9 +36,12 @@ echo "== fuzz: build ($out)"
 build clang++-14 frame_fuzz -fsanitize=fuzzer -Iplatform/include -Iplatform/wire -- \
   platform/wire/wire_codec.cc platform/wire/frame_io.cc platform/wire/mx_wire.cc platform/mx/mx_array.cc \
   tests/fuzz/frame_fuzz.cc &
+frame_build=$!
 build clang++-14 scenario_fuzz -fsanitize=fuzzer -Ihost -Ihost/scenario -Iinterface -- \
   host/scenario/*.cc tests/fuzz/scenario_fuzz.cc &
-wait -n && wait -n
+scenario_build=$!
+wait "$frame_build"
+wait "$scenario_build"
 # Octave's headers are not ours to warn about; its libraries are found at run time by rpath.
 read -r -a octave_flags <<<"$(pkg-config --cflags-only-I octinterp | sed 's/-I/-isystem /g')"
 read -r -a octave_libs <<<"$(pkg-config --libs octinterp) $(pkg-config --libs-only-L octinterp | sed 's/-L/-Wl,-rpath,/g')"

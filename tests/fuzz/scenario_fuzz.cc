@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -14,11 +15,14 @@
 
 namespace {
 
+// A folder of its own, removed when the fuzzer exits.
+char folder_name[] = "/tmp/tamlo-scenario-fuzz-XXXXXX";
+
 const std::string& folder() {
     static const std::string dir = [] {
-        char name[] = "/tmp/tamlo-scenario-fuzz-XXXXXX";
-        if (::mkdtemp(name) == nullptr) std::abort();
-        return std::string(name);
+        if (::mkdtemp(folder_name) == nullptr) std::abort();
+        std::atexit([] { std::filesystem::remove_all(folder_name); });
+        return std::string(folder_name);
     }();
     return dir;
 }
