@@ -9,6 +9,7 @@ packages=(
   nlohmann-json3-dev gnuplot-nox
   valgrind
   lintian dpkg-dev g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64
+  clang-14 libfuzzer-14-dev
 )
 
 missing=()

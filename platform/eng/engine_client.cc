@@ -152,6 +152,7 @@ public:
         request_.begin(Kind::eval);
         request_.put_u32(output_length_ > 0 ? static_cast<uint32_t>(output_length_ - 1) : 0);
         request_.put_string(command);
+        if (request_.too_long()) return 1;
         Kind kind{};
         if (!exchange(kind)) return report_gone();
         Reader r = reply_body();

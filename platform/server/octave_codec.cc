@@ -148,7 +148,8 @@ struct OctaveBuilder {
     }
 };
 
-// A value's dims as the frame carries them, held in place.
+// A value's dims as the frame carries them, held in place; dims past the format's limits are
+// an error, as the reader would refuse them.
 struct FrameDims {
     uint64_t d[max_dims];
     size_t n = 0;
@@ -157,16 +158,14 @@ struct FrameDims {
             error("arrays of %ld dimensions cannot be sent (at most %u)", static_cast<long>(dv.ndims()), max_dims);
         n = static_cast<size_t>(dv.ndims());
         for (size_t k = 0; k < n; ++k) d[k] = static_cast<uint64_t>(dv(static_cast<int>(k)));
+        size_t numel = 0;
+        std::string problem;
+        if (!count_elements(span(), numel, problem)) error("%s", problem.c_str());
     }
     std::span<const uint64_t> span() const { return {d, n}; }
 };
 
 constexpr uint64_t one_by_one[2] = {1, 1};
-
-void put_empty_double(Writer& w) {
-    constexpr uint64_t zero_by_zero[2] = {0, 0};
-    w.put_array_header(double_class, zero_by_zero);
-}
 
 template <typename T>
 void put_scalar_bytes(Writer& w, unsigned class_id, T v) {
@@ -213,6 +212,7 @@ void put_logical(Writer& w, const boolNDArray& a) {
     w.put_array_header(logical_class, FrameDims(a.dims()).span());
     const bool* p = a.data();
     unsigned char* out = w.put_space(static_cast<size_t>(a.numel()));
+    if (out == nullptr) return;
     for (octave_idx_type i = 0; i < a.numel(); ++i) out[i] = p[i] ? 1 : 0;
 }
 
@@ -220,6 +220,7 @@ void put_char(Writer& w, const charNDArray& a) {
     w.put_array_header(char_class, FrameDims(a.dims()).span());
     const char* p = a.data();
     unsigned char* out = w.put_space(2 * static_cast<size_t>(a.numel()));
+    if (out == nullptr) return;
     for (octave_idx_type i = 0; i < a.numel(); ++i) {
         const uint16_t c = static_cast<unsigned char>(p[i]);
         std::memcpy(out + 2 * i, &c, 2);
@@ -230,7 +231,7 @@ void put_value(Writer& w, const octave_value& v, int depth);
 
 void put_cell(Writer& w, const Cell& c, int depth) {
     w.put_array_header(cell_class, FrameDims(c.dims()).span());
-    for (octave_idx_type i = 0; i < c.numel(); ++i) {
+    for (octave_idx_type i = 0; i < c.numel() && !w.too_long(); ++i) {
         w.put_u8(1);
         put_value(w, c(i), depth + 1);
     }
@@ -245,6 +246,7 @@ void put_field_names(Writer& w, const string_vector& keys) {
 void put_scalar_struct(Writer& w, const octave_scalar_map& m, int depth) {
     w.put_array_header(struct_class, one_by_one);
     put_field_names(w, m.keys());
+    if (m.nfields() == 0) w.put_u8(0);
     for (octave_idx_type f = 0; f < m.nfields(); ++f) {
         w.put_u8(1);
         put_value(w, m.contents(f), depth + 1);
@@ -257,7 +259,8 @@ void put_struct(Writer& w, const octave_map& m, int depth) {
     std::vector<const Cell*> columns;
     columns.reserve(static_cast<size_t>(m.nfields()));
     for (octave_idx_type f = 0; f < m.nfields(); ++f) columns.push_back(&m.contents(f));
-    for (octave_idx_type i = 0; i < m.numel(); ++i) {
+    for (octave_idx_type i = 0; i < m.numel() && !w.too_long(); ++i) {
+        if (columns.empty()) w.put_u8(0);
         for (const Cell* column : columns) {
             w.put_u8(1);
             put_value(w, (*column)(i), depth + 1);
@@ -266,9 +269,11 @@ void put_struct(Writer& w, const octave_map& m, int depth) {
 }
 
 void put_value(Writer& w, const octave_value& value, int depth) {
-    if (depth >= max_depth || !value.is_defined() || value.isobject() || value.is_classdef_object() ||
-        value.is_function_handle()) {
-        put_empty_double(w);
+    // Past the frame's end nothing more is written: stop converting.
+    if (w.too_long()) return;
+    if (!value.is_defined() || value.isobject() || value.is_classdef_object() || value.is_function_handle() ||
+        ((value.iscell() || value.isstruct()) && needs_stand_in(struct_class, depth))) {
+        w.put_stand_in();
         return;
     }
     if (value.is_real_scalar() && put_scalar(w, value)) return;
@@ -304,7 +309,7 @@ void put_value(Writer& w, const octave_value& value, int depth) {
     else if (v.is_uint64_type())
         put_block(w, v.uint64_array_value(), uint64_class);
     else
-        put_empty_double(w);
+        w.put_stand_in();
 }
 
 }  // namespace

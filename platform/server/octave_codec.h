@@ -15,9 +15,12 @@ bool get_octave_value(tamlo::wire::Reader& r, octave_value& out);
 
 // Appends `v` to the frame. What MATLAB's arrays cannot hold becomes the nearest thing they
 // can: sparse -> full of the same class; complex -> its real part; ranges -> double;
-// function handles, class objects and every other kind -> an empty 0 x 0 double, so that a
-// reader sees "no value" (mxGetScalar 0, mxIsEmpty true) rather than a misleading number.
-// May throw octave::execution_exception from Octave's own conversions.
+// function handles, class objects and every other kind -> the stand-in value, an empty 0 x 0
+// double, so that a reader sees "no value" (mxGetScalar 0, mxIsEmpty true) rather than a
+// misleading number; so does a cell or struct at the deepest level (max_depth).
+// May throw octave::execution_exception from Octave's own conversions or for dims the frame
+// cannot carry, and std::bad_alloc. A value that does not fit in one frame leaves
+// w.too_long() set.
 void put_octave_value(tamlo::wire::Writer& w, const octave_value& v);
 
 }  // namespace tamlo::engine

@@ -262,7 +262,14 @@ private:
         std::string name;
         if (!r.get_string(name, "variable name")) return reply(error_frame(r.error()));
         octave_value value;
-        if (!tamlo::engine::get_octave_value(r, value) || !r.expect_end()) return reply(error_frame(r.error()));
+        try {
+            if (!tamlo::engine::get_octave_value(r, value) || !r.expect_end()) return reply(error_frame(r.error()));
+        } catch (const octave::execution_exception& e) {
+            interp_.recover_from_exception();
+            return reply(error_frame("cannot build '" + name + "': " + e.message()));
+        } catch (const std::bad_alloc&) {
+            return reply(error_frame("cannot build '" + name + "': out of memory"));
+        }
         if (!valid_variable_name(name)) return reply(error_frame("invalid variable name '" + name + "'"));
         try {
             interp_.assign(name, value);
@@ -290,6 +297,14 @@ private:
         } catch (const octave::execution_exception& e) {
             interp_.recover_from_exception();
             return reply(error_frame("cannot convert '" + name + "': " + e.message()));
+        } catch (const std::bad_alloc&) {
+            reply_.begin(Kind::value);  // gives back what the partial frame held
+            return reply(error_frame("cannot convert '" + name + "': out of memory"));
+        }
+        if (reply_.too_long()) {
+            reply_.begin(Kind::value);
+            return reply(error_frame("cannot send '" + name + "': its value does not fit in one frame (" +
+                                     std::to_string(tamlo::wire::max_frame_length) + " bytes)"));
         }
         return reply(reply_.finish());
     }

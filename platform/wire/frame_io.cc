@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <new>
 
 #include "wire_codec.h"
 
@@ -54,13 +55,21 @@ bool send_frames(int fd, std::string_view first, std::string_view second) {
 
 int FrameReceiver::fill(int fd, size_t want) {
     if (next_ + want > buf_.size()) {
-        // Move the unread bytes to the front, and grow only if they still do not fit.
+        // Move the unread bytes to the front before growing.
         std::memmove(buf_.data(), buf_.data() + next_, end_ - next_);
         end_ -= next_;
         next_ = 0;
-        if (want > buf_.size()) buf_.resize(std::max(want, usual_capacity));
     }
     while (end_ - next_ < want) {
+        if (end_ == buf_.size()) {
+            // Room grows with the bytes that arrive, doubling, never past the frame: a header
+            // that announces a huge frame costs nothing until its bytes are here.
+            try {
+                buf_.resize(std::min(next_ + want, std::max(2 * buf_.size(), usual_capacity)));
+            } catch (const std::bad_alloc&) {
+                return -2;
+            }
+        }
         ssize_t r = ::recv(fd, buf_.data() + end_, buf_.size() - end_, 0);
         if (r > 0)
             end_ += static_cast<size_t>(r);
@@ -106,8 +115,10 @@ ReceiveStatus FrameReceiver::receive(int fd, std::string& error) {
         error = "corrupt frame: length " + std::to_string(length) + " outside 1.." + std::to_string(max_frame_length);
         return ReceiveStatus::failed;
     }
-    if (fill(fd, header_length + length) != 1) {
-        error = "connection lost inside a frame of " + std::to_string(length) + " bytes";
+    const int body = fill(fd, header_length + length);
+    if (body != 1) {
+        error = body == -2 ? "no memory for a frame of " + std::to_string(length) + " bytes"
+                           : "connection lost inside a frame of " + std::to_string(length) + " bytes";
         return ReceiveStatus::failed;
     }
     payload_begin_ = next_ + header_length;

@@ -24,16 +24,19 @@ class FrameReceiver {
 public:
     // One frame. On ok, payload() holds its payload (kind byte and what follows) until the next
     // call. `closed` when the peer closed the socket before a frame began; `failed` with a
-    // message for a short or oversized frame or a socket error.
+    // message for a short or oversized frame or a socket error. The buffer grows with the
+    // bytes that arrive, up to one frame of max_frame_length.
     ReceiveStatus receive(int fd, std::string& error);
     std::string_view payload() const { return {buf_.data() + payload_begin_, payload_length_}; }
     // True when bytes of another frame are already here: held, or readable without waiting.
     // payload() stays as it is.
     bool more_waiting(int fd);
+    // The bytes of memory the receiver holds for frames.
+    size_t capacity() const { return buf_.size(); }
 
 private:
     // Receives until at least `want` unread bytes are held. 1 done, 0 the peer closed first,
-    // -1 socket error.
+    // -1 socket error, -2 no memory.
     int fill(int fd, size_t want);
 
     std::vector<char> buf_;

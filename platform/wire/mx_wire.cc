@@ -12,14 +12,14 @@ static_assert(sizeof(mxLogical) == 1, "logicals travel as one byte each");
 static_assert(std::is_same_v<mwSize, uint64_t>, "dims go to and from frames without conversion");
 
 bool put_at(Writer& w, const mxArray* a, int depth, std::string& error) {
-    if (depth >= max_depth) {
-        error = "array nested deeper than " + std::to_string(max_depth) + " levels";
-        return false;
-    }
     const unsigned c = mxGetClassID(a);
     if (!is_known_class(c)) {
         error = std::string("arrays of class ") + mxGetClassName(a) + " cannot be sent";
         return false;
+    }
+    if (needs_stand_in(c, depth)) {
+        w.put_stand_in();
+        return true;
     }
     const mwSize ndim = mxGetNumberOfDimensions(a);
     if (ndim > max_dims) {
@@ -28,17 +28,14 @@ bool put_at(Writer& w, const mxArray* a, int depth, std::string& error) {
     }
     const std::span<const uint64_t> dims(mxGetDimensions(a), ndim);
     size_t numel = 0;
-    if (!count_elements(dims, numel)) {
-        error = "array of " + shape_text(dims) + " holds more elements than a frame can carry";
-        return false;
-    }
+    if (!count_elements(dims, numel, error)) return false;
     w.put_array_header(c, dims);
     if (is_data_class(c)) {
         if (numel > 0) w.put_bytes(mxGetData(a), numel * data_element_size(c));
         return true;
     }
     if (c == cell_class) {
-        for (size_t i = 0; i < numel; ++i) {
+        for (size_t i = 0; i < numel && !w.too_long(); ++i) {
             const mxArray* e = mxGetCell(a, i);
             w.put_u8(e != nullptr ? 1 : 0);
             if (e != nullptr && !put_at(w, e, depth + 1, error)) return false;
@@ -48,7 +45,8 @@ bool put_at(Writer& w, const mxArray* a, int depth, std::string& error) {
     const int nfields = mxGetNumberOfFields(a);
     w.put_u32(static_cast<uint32_t>(nfields));
     for (int f = 0; f < nfields; ++f) w.put_string(mxGetFieldNameByNumber(a, f));
-    for (size_t i = 0; i < numel; ++i) {
+    for (size_t i = 0; i < numel && !w.too_long(); ++i) {
+        if (nfields == 0) w.put_u8(0);
         for (int f = 0; f < nfields; ++f) {
             const mxArray* e = mxGetFieldByNumber(a, i, f);
             w.put_u8(e != nullptr ? 1 : 0);
@@ -115,7 +113,12 @@ bool put_mx_array(Writer& w, const mxArray* a, std::string& error) {
         error = "no array to send";
         return false;
     }
-    return put_at(w, a, 0, error);
+    if (!put_at(w, a, 0, error)) return false;
+    if (w.too_long()) {
+        error = "the value does not fit in one frame (" + std::to_string(max_frame_length) + " bytes)";
+        return false;
+    }
+    return true;
 }
 
 ArrayPtr get_mx_array(Reader& r) {

@@ -61,16 +61,22 @@ std::string element_step(size_t index, size_t numel) {
     return numel == 1 ? std::string() : "(" + std::to_string(index + 1) + ")";
 }
 
-bool count_elements(std::span<const uint64_t> dims, size_t& numel) {
-    // Every element takes at least one byte of a frame (a struct without fields aside), so no
-    // honest array has more elements than the largest frame has bytes.
-    numel = 1;
-    bool overflow = false;
+bool count_elements(std::span<const uint64_t> dims, size_t& numel, std::string& problem) {
+    // Every element takes at least one byte of a frame, so no honest array has more elements
+    // than the largest frame has bytes. Zeros aside: Octave refuses an empty array whose other
+    // dims pass its index type, so they are held to the same bound.
+    uint64_t extent = 1;
     for (uint64_t d : dims) {
-        if (d != 0 && numel > max_frame_length / d) overflow = true;
-        numel = overflow ? 0 : numel * static_cast<size_t>(d);
+        if (d == 0) continue;
+        if (extent > max_frame_length / d) {
+            problem = "dims " + shape_text(dims) + " hold more elements than a frame can carry";
+            return false;
+        }
+        extent *= d;
     }
-    return !overflow;
+    numel = 1;
+    for (uint64_t d : dims) numel *= static_cast<size_t>(d);
+    return true;
 }
 
 std::string shape_text(std::span<const uint64_t> dims) {
@@ -85,30 +91,38 @@ void Writer::begin(Kind kind) {
     // The buffer of a huge frame is not kept for the small ones that follow.
     if (buf_.capacity() > kept_capacity) std::string().swap(buf_);
     buf_.assign(header_length, '\0');
+    too_long_ = false;
     put_u8(static_cast<uint8_t>(kind));
 }
 
 void Writer::put_u32(uint32_t v) {
     char b[4];
     for (int k = 0; k < 4; ++k) b[k] = static_cast<char>((v >> (8 * k)) & 0xff);
-    buf_.append(b, 4);
+    put_bytes(b, 4);
 }
 
 void Writer::put_u64(uint64_t v) {
     char b[8];
     for (int k = 0; k < 8; ++k) b[k] = static_cast<char>((v >> (8 * k)) & 0xff);
-    buf_.append(b, 8);
+    put_bytes(b, 8);
 }
 
 void Writer::put_string(std::string_view s) {
+    // Checked as a whole first: a length that wrapped its 32 bits must never go out.
+    if (!room(4 + s.size())) return;
     put_u32(static_cast<uint32_t>(s.size()));
-    buf_.append(s.data(), s.size());
+    put_bytes(s.data(), s.size());
 }
 
 void Writer::put_array_header(unsigned class_id, std::span<const uint64_t> dims) {
     put_u8(static_cast<uint8_t>(class_id));
     put_u8(static_cast<uint8_t>(dims.size()));
     for (uint64_t d : dims) put_u64(d);
+}
+
+void Writer::put_stand_in() {
+    constexpr uint64_t zero_by_zero[2] = {0, 0};
+    put_array_header(double_class, zero_by_zero);
 }
 
 const std::string& Writer::finish() {
@@ -188,6 +202,12 @@ bool Reader::get_present(bool& present, const char* what) {
     return true;
 }
 
+bool Reader::get_absent(const char* what) {
+    bool present = false;
+    if (!get_present(present, what)) return false;
+    return !present || fail(std::string("corrupt frame: ") + what + " marked present");
+}
+
 bool Reader::get_array_header(ArrayHeader& h) {
     uint8_t c = 0, ndim = 0;
     if (!get_u8(c, "class id") || !get_u8(ndim, "number of dimensions")) return false;
@@ -199,16 +219,16 @@ bool Reader::get_array_header(ArrayHeader& h) {
     h.ndims = ndim;
     for (unsigned k = 0; k < ndim; ++k)
         if (!get_u64(h.dims[k], "dimension")) return false;
-    if (!count_elements(h.dim_span(), h.numel))
-        return fail("corrupt frame: dims " + h.shape() + " hold more elements than a frame can carry");
+    std::string problem;
+    if (!count_elements(h.dim_span(), h.numel, problem)) return fail("corrupt frame: " + problem);
     if (is_data_class(c)) {
         const size_t bytes = h.numel * data_element_size(c);
         if (bytes > left_)
             return fail("truncated frame: dims " + h.shape() + " need " + std::to_string(bytes) + " bytes of data, " +
                         std::to_string(left_) + " left");
-    } else if (c == cell_class && h.numel > left_) {
-        return fail("truncated frame: cell of " + h.shape() + " needs at least " + std::to_string(h.numel) +
-                    " bytes, " + std::to_string(left_) + " left");
+    } else if (h.numel > left_) {
+        return fail("truncated frame: " + std::string(c == cell_class ? "cell" : "struct") + " of " + h.shape() +
+                    " needs at least " + std::to_string(h.numel) + " bytes, " + std::to_string(left_) + " left");
     }
     return true;
 }

@@ -18,7 +18,18 @@
 // (2..max_dims), u64 per dim, then by class: numeric/char/logical data (count x element size
 // bytes; logicals one byte each); cell: per element u8 present (0/1) and, when 1, an array;
 // struct: u32 field count, the field names as strings in order, then per element, per field,
-// u8 present and, when 1, an array.
+// u8 present and, when 1, an array; a struct without fields has one u8 0 per element instead.
+//
+// Limits, the same for writers and readers, so that whatever is sent can be read:
+// - Every element of every array takes at least one byte, so a frame's length bounds the
+//   element count of everything in it.
+// - The product of an array's non-zero dims is at most max_frame_length, so an empty
+//   0 x 2^63 array, which Octave cannot index, is refused like a full one.
+// - A frame holds at most max_frame_length bytes; a value that does not fit is refused by
+//   the side that holds it, with an error, and the session goes on.
+// - Arrays nest at most max_depth levels (the top-level value is level 1). Writers send a
+//   cell or struct found at level max_depth as the stand-in value, an empty 0 x 0 double
+//   ([]), since its elements would lie deeper; a reader refuses a deeper array.
 #ifndef TAMLO_PLATFORM_WIRE_CODEC_H
 #define TAMLO_PLATFORM_WIRE_CODEC_H
 
@@ -44,7 +55,7 @@ enum class Kind : uint8_t {
     error = 0x85,
 };
 
-constexpr uint32_t max_frame_length = 512u << 20;
+constexpr uint32_t max_frame_length = 256u << 20;
 constexpr int max_depth = 64;
 constexpr unsigned max_dims = 32;
 constexpr size_t header_length = 4;
@@ -72,38 +83,61 @@ bool is_data_class(unsigned c);
 bool is_known_class(unsigned c);
 size_t data_element_size(unsigned c);
 bool valid_field_name(std::string_view name);
-// The element count of dims; false when it passes what one frame can carry. Readers refuse
-// such dims, so writers check them too: whatever is sent can be read.
-bool count_elements(std::span<const uint64_t> dims, size_t& numel);
+// The element count of dims; false, with `problem` saying why, when the product of the
+// non-zero dims passes what one frame can carry. Readers refuse such dims, so writers check
+// them too: whatever is sent can be read.
+bool count_elements(std::span<const uint64_t> dims, size_t& numel, std::string& problem);
+// True for a cell or struct at the level where writers send the stand-in value instead
+// (depth counts from 0 at the top-level value).
+inline bool needs_stand_in(unsigned class_id, int depth) {
+    return depth >= max_depth - 1 && !is_data_class(class_id);
+}
 // Dims as a reader sees them: "2 x 3".
 std::string shape_text(std::span<const uint64_t> dims);
 
 // Builds one frame. The length prefix is filled in by finish(). A writer kept across frames
 // (begin() again) reuses its buffer, so a steady stream of requests allocates nothing.
+// A put that would take the frame past max_frame_length writes nothing and marks the frame
+// too long; later puts write nothing either, so a huge value costs at most one frame of memory.
 class Writer {
 public:
     Writer() = default;
     explicit Writer(Kind kind) { begin(kind); }
     // Drops what was written and starts a frame of this kind.
     void begin(Kind kind);
-    void put_u8(uint8_t v) { buf_.push_back(static_cast<char>(v)); }
+    void put_u8(uint8_t v) {
+        if (room(1)) buf_.push_back(static_cast<char>(v));
+    }
     void put_u32(uint32_t v);
     void put_u64(uint64_t v);
-    void put_bytes(const void* p, size_t n) { buf_.append(static_cast<const char*>(p), n); }
+    void put_bytes(const void* p, size_t n) {
+        if (room(n)) buf_.append(static_cast<const char*>(p), n);
+    }
     void put_string(std::string_view s);
     // Appends n bytes for the caller to fill in; the pointer is good until the next put.
+    // Null when they do not fit.
     unsigned char* put_space(size_t n) {
+        if (!room(n)) return nullptr;
         buf_.resize(buf_.size() + n);
         return reinterpret_cast<unsigned char*>(buf_.data() + buf_.size() - n);
     }
     // class id, dims
     void put_array_header(unsigned class_id, std::span<const uint64_t> dims);
+    // The stand-in value: an empty 0 x 0 double.
+    void put_stand_in();
+    // True when something did not fit: the frame must not be sent.
+    bool too_long() const { return too_long_; }
     // The whole frame, length prefix included.
     const std::string& finish();
 
 private:
+    bool room(size_t n) {
+        if (!too_long_ && n > max_frame_length - (buf_.size() - header_length)) too_long_ = true;
+        return !too_long_;
+    }
     static constexpr size_t kept_capacity = 1u << 20;
     std::string buf_;
+    bool too_long_ = false;
 };
 
 // Dims are held in place: decoding an array header allocates nothing.
@@ -129,7 +163,7 @@ public:
     bool get_string(std::string_view& s, const char* what);
     // Hands out n bytes in place.
     bool get_bytes(const unsigned char*& p, size_t n, const char* what);
-    // Class id and dims, checked: known class, 2..max_dims dims, element count that the rest
+    // Class id and dims, checked: known class, 2..max_dims dims, an element count that the rest
     // of the frame can hold.
     bool get_array_header(ArrayHeader& h);
     // Struct field names, checked: valid identifiers, no repeats, lengths within the frame.
@@ -137,6 +171,8 @@ public:
     bool get_field_names(const ArrayHeader& h, std::vector<std::string_view>& names);
     // A present marker of an element (0 or 1).
     bool get_present(bool& present, const char* what);
+    // A marker that must be 0.
+    bool get_absent(const char* what);
     // True when every byte has been consumed; otherwise fails.
     bool expect_end();
     // Records the first failure; always false.
@@ -205,6 +241,7 @@ bool decode_array(Reader& r, B& b, typename B::Value& out, int depth = 0) {
     typename B::Struct s;
     if (!b.begin_struct(h, names, s)) return r.fail("cannot allocate a struct of " + h.shape());
     for (size_t i = 0; i < h.numel; ++i) {
+        if (names.empty() && !r.get_absent("struct element without fields")) return false;
         for (size_t f = 0; f < names.size(); ++f) {
             bool present = false;
             if (!r.get_present(present, "field value marker")) return false;

@@ -143,6 +143,8 @@ TEST_F(EngineRoundTrip, EachClassAndShapeKeepsClassDimsFieldsAndData) {
         {"single 3-D", three_d_single, "single 2 1 3\n"},
         {"0 x 1 struct without fields", [] { return mxCreateStructMatrix(0, 1, 0, nullptr); },
          "struct 0 1\nfields(0): \n"},
+        {"3 x 2 struct without fields", [] { return mxCreateStructMatrix(3, 2, 0, nullptr); },
+         "struct 3 2\nfields(0): \n"},
         {"struct array with nested structs", generator_list, "struct 2 1\nfields(3): power_setpoint fuel is_on\n"},
         {"cell with nested cell and an empty slot", mixed_cell, "cell 2 2\n"},
     };
@@ -224,6 +226,83 @@ TEST_F(EngineRoundTrip, ConvertedValuesHoldTheExpectedNumbers) {
     ArrayOwner text(engGetVariable(engine_, "v"));
     EXPECT_EQ(mxGetString(text.get(), buf, sizeof buf), 0);
     EXPECT_STREQ(buf, "caf\xe9");
+}
+
+// `levels` cells, one inside the other, around the scalar 5.
+mxArray* cells_around_five(int levels) {
+    mxArray* top = mxCreateDoubleScalar(5);
+    for (int k = 0; k < levels; ++k) {
+        mxArray* c = mxCreateCellMatrix(1, 1);
+        mxSetCell(c, 0, top);
+        top = c;
+    }
+    return top;
+}
+
+// Cells to the first value that is not a cell, then that value: "63 double 5".
+std::string nesting_seen_by_us(const mxArray* a) {
+    int cells = 0;
+    for (; a != nullptr && mxIsCell(a); ++cells) a = mxGetCell(a, 0);
+    if (a == nullptr) return std::to_string(cells) + " nothing";
+    return std::to_string(cells) + " " + mxGetClassName(a) + (mxIsEmpty(a) ? " []" : " " + std::to_string(static_cast<int>(mxGetScalar(a))));
+}
+
+TEST_F(EngineRoundTrip, NestingPastTheLimitEndsInTheStandInBothWays) {
+    const char* seen_by_octave =
+        "x = v; n = 0; while iscell(x), x = x{1}; n++; end; "
+        "if isempty(x), s = '[]'; else s = num2str(x); end; printf('%d %s %s', n, class(x), s);";
+    struct Row {
+        const char* what;
+        int cells;
+        const char* arrives;
+    } rows[] = {
+        {"scalar at the deepest level", 63, "63 double 5"},
+        {"cell at the deepest level", 64, "63 double []"},
+        {"1,000 levels", 1000, "63 double []"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        ArrayOwner sent(cells_around_five(row.cells));
+        ASSERT_EQ(engPutVariable(engine_, "v", sent.get()), 0);
+        EXPECT_EQ(eval(seen_by_octave), row.arrives);
+        eval("v = 5; for k = 1:" + std::to_string(row.cells) + ", v = {v}; end");
+        ArrayOwner back(engGetVariable(engine_, "v"));
+        ASSERT_NE(back.get(), nullptr);
+        EXPECT_EQ(nesting_seen_by_us(back.get()), row.arrives);
+    }
+}
+
+TEST_F(EngineRoundTrip, ValueNoFrameCanCarryIsRefusedAndTheEngineGoesOn) {
+    struct Row {
+        const char* what;
+        std::function<bool()> refused;
+    } rows[] = {
+        {"get of a value past the largest frame",
+         [] {
+             eval("v = repmat({zeros(1, 2^24)}, 1, 3);");
+             ArrayOwner back(engGetVariable(engine_, "v"));
+             return back.get() == nullptr;
+         }},
+        {"put of data past the largest frame",
+         [] {
+             ArrayOwner big(mxCreateDoubleMatrix(1, (mwSize{1} << 25) + 1, mxREAL));
+             return engPutVariable(engine_, "v", big.get()) != 0;
+         }},
+        {"put of an empty array with a dim Octave cannot index",
+         [] {
+             ArrayOwner odd(mxCreateDoubleMatrix(0, mwSize{1} << 63, mxREAL));
+             return engPutVariable(engine_, "v", odd.get()) != 0;
+         }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_TRUE(row.refused());
+        eval("w = 7;");
+        ArrayOwner w(engGetVariable(engine_, "w"));
+        ASSERT_NE(w.get(), nullptr);
+        EXPECT_EQ(mxGetScalar(w.get()), 7.0);
+    }
+    eval("clear v");
 }
 
 TEST_F(EngineRoundTrip, MissingVariableIsNull) {

@@ -96,6 +96,15 @@ TEST_F(SocketPair, FrameLargerThanTheUsualBufferArrivesWhole) {
     EXPECT_EQ(next_payload(), payload_of(small));
 }
 
+TEST_F(SocketPair, MemoryFollowsTheBytesThatArriveNotTheAnnouncedLength) {
+    std::string bytes("\x00\x00\x80\x0c", 4);  // announces 209715200 bytes
+    bytes += std::string(1000, 'z');
+    ASSERT_EQ(::send(sender(), bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+    close_sender();
+    EXPECT_EQ(next_payload(), "[failed: connection lost inside a frame of 209715200 bytes]");
+    EXPECT_LT(frames_.capacity(), 1u << 20);
+}
+
 TEST_F(SocketPair, PeerClosingBetweenFramesIsClosed) {
     ASSERT_TRUE(send_frame(sender(), error_frame_with("last")));
     close_sender();
@@ -132,9 +141,11 @@ TEST(FrameReceiver, ShortOrBadFramesAreErrors) {
          "[failed: connection lost while reading a frame header]"},
         {"peer gone inside the payload", std::string("\x05\x00\x00\x00\x85\x01", 6),
          "[failed: connection lost inside a frame of 5 bytes]"},
-        {"length zero", std::string("\x00\x00\x00\x00", 4), "[failed: corrupt frame: length 0 outside 1..536870912]"},
-        {"length over the limit", std::string("\x01\x00\x00\x20", 4),
-         "[failed: corrupt frame: length 536870913 outside 1..536870912]"},
+        {"length zero", std::string("\x00\x00\x00\x00", 4), "[failed: corrupt frame: length 0 outside 1..268435456]"},
+        {"length over the limit", std::string("\x01\x00\x00\x10", 4),
+         "[failed: corrupt frame: length 268435457 outside 1..268435456]"},
+        {"length that the 32 bits barely hold", std::string("\xff\xff\xff\xff", 4),
+         "[failed: corrupt frame: length 4294967295 outside 1..268435456]"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -97,22 +98,78 @@ TEST(WireArrays, EveryNumericClassKeepsClassDimsAndBytes) {
     }
 }
 
-TEST(WireArrays, WriterRefusesNullAndTooDeepArrays) {
-    Writer w(Kind::value);
-    std::string error;
-    EXPECT_FALSE(put_mx_array(w, nullptr, error));
-    EXPECT_EQ(error, "no array to send");
-    mxArray* top = mxCreateCellMatrix(1, 1);
-    mxArray* cur = top;
-    for (int k = 0; k < max_depth; ++k) {
-        mxArray* next = mxCreateCellMatrix(1, 1);
-        mxSetCell(cur, 0, next);
-        cur = next;
+TEST(WireArrays, WriterRefusesWhatNoFrameCanCarry) {
+    struct Row {
+        const char* what;
+        std::function<mxArray*()> make;
+        std::string error;
+    } rows[] = {
+        {"no array", [] { return nullptr; }, "no array to send"},
+        {"data past the largest frame",
+         [] { return mxCreateNumericMatrix(1, max_frame_length / 8 + 1, mxDOUBLE_CLASS, mxREAL); },
+         "the value does not fit in one frame (268435456 bytes)"},
+        {"empty array with a dim Octave cannot index",
+         [] { return mxCreateDoubleMatrix(0, mwSize{1} << 63, mxREAL); },
+         "dims 0 x 9223372036854775808 hold more elements than a frame can carry"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        ArrayPtr a(row.make());
+        Writer w(Kind::value);
+        std::string error;
+        EXPECT_FALSE(put_mx_array(w, a.get(), error));
+        EXPECT_EQ(error, row.error);
     }
-    ArrayPtr owned(top);
-    Writer w2(Kind::value);
-    EXPECT_FALSE(put_mx_array(w2, top, error));
-    EXPECT_EQ(error, "array nested deeper than 64 levels");
+}
+
+// `levels` cells, one inside the other, around the scalar 5.
+ArrayPtr cells_around_five(int levels) {
+    ArrayPtr top(mxCreateDoubleScalar(5));
+    for (int k = 0; k < levels; ++k) {
+        mxArray* c = mxCreateCellMatrix(1, 1);
+        mxSetCell(c, 0, top.release());
+        top.reset(c);
+    }
+    return top;
+}
+
+TEST(WireArrays, NestingPastTheLimitArrivesAsTheStandIn) {
+    struct Row {
+        const char* what;
+        int cells;
+        int cells_arriving;
+        bool leaf_is_five;  // otherwise the stand-in []
+    } rows[] = {
+        {"scalar at the deepest level", max_depth - 1, max_depth - 1, true},
+        {"cell at the deepest level", max_depth, max_depth - 1, false},
+        {"1,000 levels", 1000, max_depth - 1, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        ArrayPtr sent = cells_around_five(row.cells);
+        Decoded d = decode(value_payload(sent.get()));
+        ASSERT_NE(d.array, nullptr) << d.error;
+        const mxArray* a = d.array.get();
+        int cells = 0;
+        for (; mxIsCell(a); ++cells) a = mxGetCell(a, 0);
+        EXPECT_EQ(cells, row.cells_arriving);
+        ASSERT_NE(a, nullptr);
+        ASSERT_TRUE(mxIsDouble(a));
+        if (row.leaf_is_five)
+            EXPECT_EQ(mxGetScalar(a), 5.0);
+        else
+            EXPECT_TRUE(mxGetM(a) == 0 && mxGetN(a) == 0);
+    }
+}
+
+TEST(WireArrays, StructWithoutFieldsKeepsItsShape) {
+    ArrayPtr s(mxCreateStructMatrix(3, 2, 0, nullptr));
+    Decoded d = decode(value_payload(s.get()));
+    ASSERT_NE(d.array, nullptr) << d.error;
+    EXPECT_TRUE(mxIsStruct(d.array.get()));
+    EXPECT_EQ(mxGetNumberOfFields(d.array.get()), 0);
+    EXPECT_EQ(mxGetM(d.array.get()), 3u);
+    EXPECT_EQ(mxGetN(d.array.get()), 2u);
 }
 
 // Hand-built payloads: kind byte 0x83 (value) followed by one array.
@@ -164,8 +221,14 @@ TEST(WireFaults, CorruptPayloadsGiveMessagesNamingTheFault) {
          "truncated frame: dims 2 x 2 need 32 bytes of data, 8 left"},
         {"dims product overflows", Bytes().u8(mxDOUBLE_CLASS).dims2(1ull << 40, 1ull << 40).s,
          "corrupt frame: dims 1099511627776 x 1099511627776 hold more elements than a frame can carry"},
+        {"empty with a dim Octave cannot index", Bytes().u8(mxDOUBLE_CLASS).dims2(0, 1ull << 63).s,
+         "corrupt frame: dims 0 x 9223372036854775808 hold more elements than a frame can carry"},
         {"huge cell", Bytes().u8(mxCELL_CLASS).dims2(1000, 1000).u8(0).s,
          "truncated frame: cell of 1000 x 1000 needs at least 1000000 bytes, 1 left"},
+        {"huge struct without fields", Bytes().u8(mxSTRUCT_CLASS).dims2(1ull << 28, 1).u32(0).s,
+         "truncated frame: struct of 268435456 x 1 needs at least 268435456 bytes, 4 left"},
+        {"struct element without fields marked present", Bytes().u8(mxSTRUCT_CLASS).dims2(1, 1).u32(0).u8(1).s,
+         "corrupt frame: struct element without fields marked present"},
         {"cell marker not 0 or 1", Bytes().u8(mxCELL_CLASS).dims2(1, 1).u8(7).s,
          "corrupt frame: cell element marker 7 (0 or 1 expected)"},
         {"huge field count", Bytes().u8(mxSTRUCT_CLASS).dims2(1, 1).u32(0x7fffffff).s,
