@@ -1,6 +1,7 @@
 // The run loop: start, one dispatch per step between plant and books, end.
 #include "run.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include "plant_model.h"
@@ -34,6 +35,29 @@ bool has_stored_error(const std::vector<std::string>& errors) {
     return false;
 }
 
+// Whether the dispatch wrote any decision: the plant fills every decision field with 0.
+bool has_decision(const SimulationState& s) {
+    const auto any = [](const auto& list, auto member) {
+        return std::any_of(list.begin(), list.end(), [&](const auto& e) { return e.*member != 0; });
+    };
+    const auto bus = [](const BusState& b) {
+        return b.load_served != 0 || b.unmet_load != 0 || b.excess_electricity != 0 || b.operating_capacity_served != 0 ||
+               b.capacity_shortage != 0;
+    };
+    const auto converter = [](const ConverterState& c) {
+        return c.inverter_power_input != 0 || c.inverter_power_output != 0 || c.rectifier_power_input != 0 ||
+               c.rectifier_power_output != 0;
+    };
+    return any(s.generator_list, &GeneratorState::power_setpoint) || any(s.pv_list, &PvState::power_setpoint) ||
+           any(s.wind_turbine_list, &WindTurbineState::power_setpoint) ||
+           any(s.battery_list, &BatteryState::power_setpoint) || any(s.flywheel_list, &FlywheelState::load_served) ||
+           any(s.primary_load_list, &PrimaryLoadState::load_served) || any(s.grid_list, &GridState::grid_purchases) ||
+           any(s.grid_list, &GridState::grid_sales) || std::any_of(s.converter_list.begin(), s.converter_list.end(), converter) ||
+           std::any_of(s.battery_list.begin(), s.battery_list.end(),
+                       [&](const BatteryState& b) { return converter(b.dedicated_converter); }) ||
+           bus(s.ac_bus) || bus(s.dc_bus);
+}
+
 }  // namespace
 
 RunOutcome run_scenario(const Scenario& scenario, const std::function<IDispatchExtension*()>& create,
@@ -59,6 +83,7 @@ RunOutcome run_scenario(const Scenario& scenario, const std::function<IDispatchE
             mark = Clock::now();
             extension.dispatch(state);
             outcome.times.dispatch_seconds += seconds_since(mark);
+            if (has_decision(state)) outcome.steps_answered = t + 1;
 
             mark = Clock::now();
             const StepOutcome applied = plant.apply(state);
