@@ -72,6 +72,9 @@ RunOutcome run_scenario(const Scenario& scenario, const std::function<IDispatchE
     outcome.times.start_seconds = seconds_since(mark);
     const bool can_run = started->severity != DISPATCH_CRITICAL_ERROR;
 
+    // The books as they stood after the last step that got decisions: after a critical error
+    // the later steps only carry the bench's own zeros, which would dilute every total.
+    Books answered_books = outcome.books;
     if (can_run) {
         PlantModel plant(scenario);
         SimulationState state;
@@ -83,11 +86,13 @@ RunOutcome run_scenario(const Scenario& scenario, const std::function<IDispatchE
             mark = Clock::now();
             extension.dispatch(state);
             outcome.times.dispatch_seconds += seconds_since(mark);
-            if (has_decision(state)) outcome.steps_answered = t + 1;
+            const bool answered = has_decision(state);
+            if (answered) outcome.steps_answered = t + 1;
 
             mark = Clock::now();
             const StepOutcome applied = plant.apply(state);
             outcome.books.record(state, applied, plant.hours());
+            if (answered) answered_books = outcome.books;
             if (hooks.on_step) hooks.on_step(t, state);
             if (hooks.on_progress) hooks.on_progress(t + 1, scenario.steps);
             outcome.times.plant_seconds += seconds_since(mark);
@@ -113,6 +118,7 @@ RunOutcome run_scenario(const Scenario& scenario, const std::function<IDispatchE
     outcome.times.end_seconds = seconds_since(mark);
 
     outcome.critical = !can_run || has_stored_error(outcome.errors);
+    if (can_run && outcome.critical) outcome.books = answered_books;
     return outcome;
 }
 

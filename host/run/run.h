@@ -40,7 +40,7 @@ struct RunOutcome {
     // critically this is where the run stopped.
     std::size_t steps_answered = 0;
     std::size_t result_entries = 0;  // component entries of get_result_parameters
-    Books books;
+    Books books;  // after a critical error, of the steps up to steps_answered
     RunTimes times;
     // Where our libeng looks for the engine program, one place a line; absent with another libeng.
     std::optional<std::string> engine_search_places;
