@@ -114,6 +114,8 @@ TEST(ExampleWeek, LoadFollowingBalancesTheBooksWithoutWarnings) {
     const Scenario scenario =
         read_scenario(TAMLO_SOURCE_DIR "/examples/hybrid_load_following.json", 168);
     ExtensionLibrary library(TAMLO_EXTENSION_LIBRARY);
+    // The engine library's extras are found through the extension's own handle.
+    EXPECT_NE(library.engine_symbol("engOpenSingleUse"), nullptr);
     const RunOutcome outcome = run_scenario(scenario, [&] { return library.create(); });
     EXPECT_FALSE(outcome.critical);
     EXPECT_EQ(outcome.steps_run, 168u);

@@ -328,6 +328,26 @@ TEST_F(ScenarioFiles, SyntaxErrorNamesLineAndColumn) {
     }
 }
 
+TEST_F(ScenarioFiles, InvalidUtf8IsEscapedInTheMessage) {
+    write("bytes.json", "{\"number_of_timesteps\": \"a\xff\"}");
+    try {
+        read_scenario((dir_ / "bytes.json").string());
+        FAIL();
+    } catch (const InputError& e) {
+        EXPECT_EQ(std::string(e.what()),
+                  expand("{dir}/bytes.json: not valid JSON: parse error at line 1, column 27: syntax error while parsing "
+                         "value - invalid string: ill-formed UTF-8 byte; last read: '\"a\\xFF'"));
+    }
+}
+
+TEST(CommandLine, VersionNamesTheBuildsCommit) {
+    const char* argv[] = {"dispatch-bench", "--version"};
+    std::ostringstream out, err;
+    EXPECT_EQ(run_command_line(2, argv, out, err), exit_completed);
+    EXPECT_EQ(out.str().rfind("dispatch-bench 0.1 (commit ", 0), 0u) << out.str();
+    EXPECT_EQ(err.str(), "");
+}
+
 TEST(ExampleScenario, ReadsAFullYear) {
     const Scenario s = read_scenario(std::string(TAMLO_SOURCE_DIR) + "/examples/hybrid_load_following.json");
     EXPECT_EQ(s.steps, 8760u);
