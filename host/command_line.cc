@@ -1,72 +1,57 @@
-// Parses the bench's arguments; every mistake gets one message saying what is wrong.
+// Builds the bench's CLI11 app from its commands, parses, and runs the chosen command.
 #include "command_line.h"
 
-#include <cstdlib>
+#include <CLI/CLI.hpp>
 
+#include "build_version.h"
+#include "check_command.h"
 #include "input_error.h"
+#include "run_command.h"
 
 namespace tamlo_host {
 
-const char* const usage_text =
-    "usage: dispatch-bench run SCENARIO [--extension PATH] [--steps N] [--out results.csv]\n"
-    "                          [--plot week.png --week K] [--quiet]\n"
-    "Runs a MATLAB dispatch strategy over the scenario's time steps, as the simulator would.\n";
+const char* const exit_status_help =
+    "Exit status: 0 completed, 1 the run ended in a critical error, 2 bad input or usage (nothing was run).";
 
 namespace {
 
-std::uint64_t positive_number(const std::string& option, const std::string& text) {
-    char* end = nullptr;
-    const unsigned long long value = std::strtoull(text.c_str(), &end, 10);
-    if (text.empty() || text[0] == '-' || *end != '\0' || value == 0) {
-        throw InputError(option + ": expected a whole number above 0, found \"" + text + "\"");
-    }
-    return value;
-}
+// Every command of the bench; a new one adds its add function here.
+constexpr AddCommand commands[] = {add_run_command, add_check_command};
 
 }  // namespace
 
-Options parse_command_line(const std::vector<std::string>& arguments) {
-    Options options;
-    if (arguments.empty()) throw InputError("missing command\n" + std::string(usage_text));
-    if (arguments[0] == "--help" || arguments[0] == "-h" || arguments[0] == "help") {
-        options.help = true;
-        return options;
+std::string version_text() {
+    return std::string("dispatch-bench ") + TAMLO_BENCH_VERSION + " (commit " + TAMLO_BENCH_COMMIT + ")";
+}
+
+int run_command_line(int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
+    CLI::App app("Tries MATLAB dispatch strategies through the tamlo extension without the simulator.",
+                 "dispatch-bench");
+    app.set_version_flag("--version", version_text(), "Print the version and the commit of this build");
+    app.require_subcommand(1);
+    app.footer(exit_status_help);
+    std::vector<Command> added;
+    for (const AddCommand add : commands) {
+        added.push_back(add(app));
+        // A command whose statuses mean something else says so in its own footer.
+        if (added.back().subcommand->get_footer().empty()) added.back().subcommand->footer(exit_status_help);
     }
-    if (arguments[0] != "run") throw InputError("unknown command \"" + arguments[0] + "\"\n" + usage_text);
-    bool week_given = false;
-    for (std::size_t i = 1; i < arguments.size(); ++i) {
-        const std::string& a = arguments[i];
-        const auto value = [&]() -> const std::string& {
-            if (i + 1 >= arguments.size()) throw InputError(a + ": missing value");
-            return arguments[++i];
-        };
-        if (a == "--extension") {
-            options.extension = value();
-        } else if (a == "--steps") {
-            options.steps = positive_number(a, value());
-        } else if (a == "--out") {
-            options.results_file = value();
-        } else if (a == "--plot") {
-            options.plot_file = value();
-        } else if (a == "--week") {
-            options.week = positive_number(a, value());
-            week_given = true;
-        } else if (a == "--quiet") {
-            options.quiet = true;
-        } else if (a == "--help" || a == "-h") {
-            options.help = true;
-        } else if (!a.empty() && a[0] == '-') {
-            throw InputError("unknown option \"" + a + "\"\n" + usage_text);
-        } else if (options.scenario.empty()) {
-            options.scenario = a;
-        } else {
-            throw InputError("unexpected argument \"" + a + "\"; give one scenario file");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        const int status = app.exit(e, out, err);
+        return status == 0 ? exit_completed : exit_bad_input;
+    }
+    for (const Command& command : added) {
+        if (!command.subcommand->parsed()) continue;
+        try {
+            return command.run();
+        } catch (const InputError& e) {
+            err << "dispatch-bench: " << e.what() << '\n';
+            return exit_bad_input;
         }
     }
-    if (options.help) return options;
-    if (options.scenario.empty()) throw InputError("missing SCENARIO file\n" + std::string(usage_text));
-    if (week_given && options.plot_file.empty()) throw InputError("--week: only meaningful with --plot FILE");
-    return options;
+    return exit_bad_input;
 }
 
 }  // namespace tamlo_host

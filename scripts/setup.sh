@@ -6,7 +6,7 @@ packages=(
   g++ cmake make pkg-config
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   octave liboctave-dev
-  nlohmann-json3-dev gnuplot-nox
+  nlohmann-json3-dev libcli11-dev gnuplot-nox
   valgrind
   lintian dpkg-dev g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64
   clang-14 libfuzzer-14-dev

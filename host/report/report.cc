@@ -2,6 +2,7 @@
 #include "report.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "warning_rules.h"
 
@@ -32,17 +33,53 @@ std::string severity_name(DispatchSeverity severity) {
     return "unknown";
 }
 
+// What our libeng's engOpenSingleUse status codes mean (platform/eng/engine_client.cc).
+// MATLAB's libeng has codes of its own, so they are explained only with ours.
+std::string explain_engine_start(const std::string& message, const std::string& places) {
+    const std::string lead = "Can't start MATLAB engine: code ";
+    const std::string::size_type at = message.find(lead);
+    if (at == std::string::npos) return "";
+    const int code = std::atoi(message.c_str() + at + lead.size());
+    std::string text;
+    switch (code) {
+        case 1: text = "code 1: no octave-engine program was found; looked in:\n"; break;
+        case 2: text = "code 2: the engine's socket or process could not be created (too many processes or open files?)\n"; break;
+        case 3: text = "code 3: the engine program started but did not report ready; run it by hand to see why\n"; break;
+        default: return "";
+    }
+    if (code == 1) {
+        std::string::size_type start = 0;
+        while (start < places.size()) {
+            const std::string::size_type end = places.find('\n', start);
+            const std::string place = places.substr(start, end == std::string::npos ? std::string::npos : end - start);
+            if (!place.empty()) text += "    " + place + "\n";
+            if (end == std::string::npos) break;
+            start = end + 1;
+        }
+    }
+    return "  " + text;
+}
+
 }  // namespace
 
 std::string format_summary(const Scenario& scenario, const RunOutcome& outcome) {
     const SimulationParameters& p = scenario.parameters;
     const Books& b = outcome.books;
     std::string s;
-    s += "Scenario " + scenario.file + ": " + std::to_string(outcome.steps_run) + " of " +
-         std::to_string(scenario.steps) + " time steps of " + std::to_string(p.timestep_size_in_seconds) + " s\n";
+    // A run that ended critically after its start stopped where the decisions stopped coming.
+    const bool stopped = outcome.critical && outcome.steps_run > 0 && !outcome.errors.empty();
+    const std::size_t steps_shown = stopped ? outcome.steps_answered : outcome.steps_run;
+    s += "Scenario " + scenario.file + ": " + std::to_string(steps_shown) + " of " + std::to_string(scenario.steps) +
+         " time steps of " + std::to_string(p.timestep_size_in_seconds) + " s\n";
     if (outcome.start_error.severity != DISPATCH_NO_ERROR) {
         s += "Start simulation: " + severity_name(outcome.start_error.severity) + ": " + outcome.start_error.message +
              "\n";
+        if (outcome.engine_search_places) s += explain_engine_start(outcome.start_error.message, *outcome.engine_search_places);
+    }
+    if (stopped) {
+        s += "Stopped at time step " + std::to_string(outcome.steps_answered + 1) + " of " +
+             std::to_string(scenario.steps) + " (no decisions came back from it on): critical error: " +
+             outcome.errors.back() + "\n";
     }
     s += "\nLoad (kWh)\n";
     s += line("requested", fixed(b.energy_requested));
@@ -74,6 +111,11 @@ std::string format_summary(const Scenario& scenario, const RunOutcome& outcome) 
         s += line("bought (kWh)", fixed(b.grid_bought));
         s += line("sold (kWh)", fixed(b.grid_sold));
         s += line("net cost", fixed(b.grid_cost, 2));
+    }
+    if (b.non_finite_steps > 0) {
+        s += "\nNon-finite decisions\n";
+        s += "  " + std::to_string(b.non_finite_steps) + " time step" + (b.non_finite_steps == 1 ? " had" : "s had") +
+             " a non-finite set point or bus value; the books count it as 0\n";
     }
     s += "\nWarnings by rule\n";
     const auto counts = count_warnings(outcome.warnings);

@@ -1,19 +1,28 @@
 // Keeps the books of a run step by step.
 #include "books.h"
 
+#include <cmath>
+
 namespace tamlo_host {
 
 using namespace tamlo_dispatch;
 
 void Books::record(const SimulationState& state, const StepOutcome& outcome, double hours) {
     ++steps;
+    // One NaN would make every total NaN for the rest of the run; it is counted instead.
+    bool non_finite = false;
+    const auto v = [&](double value) {
+        if (std::isfinite(value)) return value;
+        non_finite = true;
+        return 0.0;
+    };
     energy_requested += (state.ac_bus.load_requested + state.dc_bus.load_requested) * hours;
-    energy_served += (state.ac_bus.load_served + state.dc_bus.load_served) * hours;
-    unmet_load += (state.ac_bus.unmet_load + state.dc_bus.unmet_load) * hours;
-    excess_electricity += (state.ac_bus.excess_electricity + state.dc_bus.excess_electricity) * hours;
-    capacity_shortage += (state.ac_bus.capacity_shortage + state.dc_bus.capacity_shortage) * hours;
+    energy_served += (v(state.ac_bus.load_served) + v(state.dc_bus.load_served)) * hours;
+    unmet_load += (v(state.ac_bus.unmet_load) + v(state.dc_bus.unmet_load)) * hours;
+    excess_electricity += (v(state.ac_bus.excess_electricity) + v(state.dc_bus.excess_electricity)) * hours;
+    capacity_shortage += (v(state.ac_bus.capacity_shortage) + v(state.dc_bus.capacity_shortage)) * hours;
     for (std::size_t i = 0; i < generators.size() && i < state.generator_list.size(); ++i) {
-        const double p = state.generator_list[i].power_setpoint;
+        const double p = v(state.generator_list[i].power_setpoint);
         GeneratorBook& book = generators[i];
         if (p > 0) {
             book.energy += p * hours;
@@ -22,18 +31,22 @@ void Books::record(const SimulationState& state, const StepOutcome& outcome, dou
         book.fuel += outcome.generator_fuel[i];
         if (outcome.generator_started[i]) ++book.starts;
     }
-    for (const PvState& pv : state.pv_list) pv_energy += pv.power_setpoint * hours;
-    for (const WindTurbineState& wind : state.wind_turbine_list) wind_energy += wind.power_setpoint * hours;
+    for (const PvState& pv : state.pv_list) pv_energy += v(pv.power_setpoint) * hours;
+    for (const WindTurbineState& wind : state.wind_turbine_list) wind_energy += v(wind.power_setpoint) * hours;
+    for (const BatteryState& battery : state.battery_list) v(battery.power_setpoint);
     for (double p : outcome.battery_power) {
         if (p > 0) battery_charged += p * hours;
         if (p < 0) battery_discharged += -p * hours;
     }
     battery_setpoints_limited += outcome.battery_setpoints_limited;
     for (const GridState& grid : state.grid_list) {
-        grid_bought += grid.grid_purchases * hours;
-        grid_sold += grid.grid_sales * hours;
-        grid_cost += (grid.grid_purchases * grid.power_price - grid.grid_sales * grid.sellback_rate) * hours;
+        const double bought = v(grid.grid_purchases);
+        const double sold = v(grid.grid_sales);
+        grid_bought += bought * hours;
+        grid_sold += sold * hours;
+        grid_cost += (bought * grid.power_price - sold * grid.sellback_rate) * hours;
     }
+    if (non_finite) ++non_finite_steps;
 }
 
 double Books::generator_energy() const {

@@ -33,6 +33,8 @@ struct Books {
     double grid_bought = 0.0;
     double grid_sold = 0.0;
     double grid_cost = 0.0;  // purchases at power_price less sales at sellback_rate
+    // Steps in which a decision the books read was NaN or infinite; such values count as 0.
+    std::size_t non_finite_steps = 0;
 
     explicit Books(std::size_t generator_count) : generators(generator_count) {}
 

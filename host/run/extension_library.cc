@@ -40,6 +40,11 @@ ExtensionLibrary::~ExtensionLibrary() {
     if (handle_ != nullptr) dlclose(handle_);
 }
 
+void* ExtensionLibrary::engine_symbol(const char* name) const {
+    dlerror();
+    return dlsym(handle_, name);
+}
+
 std::vector<std::string> default_extension_candidates() {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);

@@ -20,6 +20,10 @@ public:
     // A new extension object; release it with destroy(), never delete.
     IDispatchExtension* create() const { return create_(); }
     const std::string& path() const { return path_; }
+    // A symbol of the engine library the extension loaded, or null. A lookup through the
+    // library's own handle searches what it pulled in; RTLD_DEFAULT would not, as the
+    // extension is loaded RTLD_LOCAL.
+    void* engine_symbol(const char* name) const;
 
 private:
     std::string path_;

@@ -218,7 +218,8 @@ StepOutcome PlantModel::apply(const SimulationState& state) {
     for (std::size_t i = 0; i < p.generator_list.size(); ++i) {
         const GeneratorParameters& g = p.generator_list[i];
         GeneratorHistory& history = generators_[i];
-        const double power = std::clamp(state.generator_list[i].power_setpoint, 0.0, state.generator_list[i].power_available);
+        const double power = std::clamp(finite_or_zero(state.generator_list[i].power_setpoint), 0.0,
+                                        state.generator_list[i].power_available);
         double fuel = generator_fuel(g, power, hours_);
         if (g.fuel.limit_consumption) {
             fuel = std::min(fuel, std::max(0.0, history.fuel_left));
@@ -232,9 +233,10 @@ StepOutcome PlantModel::apply(const SimulationState& state) {
     }
     for (std::size_t i = 0; i < p.battery_list.size(); ++i) {
         const BatteryState& s = state.battery_list[i];
-        const double power = std::clamp(s.power_setpoint, -s.max_discharge_power, s.max_charge_power);
+        const double setpoint = finite_or_zero(s.power_setpoint);
+        const double power = std::clamp(setpoint, -s.max_discharge_power, s.max_charge_power);
         // A set point within rounding of its limit is not worth a note.
-        if (std::abs(power - s.power_setpoint) > 1e-6 * std::max(1.0, std::abs(s.power_setpoint))) {
+        if (std::abs(power - setpoint) > 1e-6 * std::max(1.0, std::abs(setpoint))) {
             ++outcome.battery_setpoints_limited;
         }
         soc_[i] = battery_soc_after(p.battery_list[i], soc_[i], power, hours_);

@@ -3,6 +3,7 @@
 #ifndef TAMLO_HOST_PLANT_MODEL_H
 #define TAMLO_HOST_PLANT_MODEL_H
 
+#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -10,6 +11,10 @@
 #include "tamlo_dispatch/simulation_state.h"
 
 namespace tamlo_host {
+
+// A decision that is not a number (NaN, inf) does nothing: the books count it apart, and it
+// must not leave a charge or a fuel tank at NaN for the rest of the run.
+inline double finite_or_zero(double value) { return std::isfinite(value) ? value : 0.0; }
 
 // Power of one turbine at a wind speed: linear between the curve's points, 0 outside them.
 double wind_turbine_power(const tamlo_dispatch::PointList& curve, double speed);

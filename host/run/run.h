@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,9 +35,15 @@ struct RunOutcome {
     std::vector<std::string> warnings;
     bool critical = false;          // the run ended in a critical error
     std::size_t steps_run = 0;
+    // Steps up to the last one whose dispatch wrote a decision. After a critical error the
+    // extension leaves every later state as the bench filled it, so in a run that ended
+    // critically this is where the run stopped.
+    std::size_t steps_answered = 0;
     std::size_t result_entries = 0;  // component entries of get_result_parameters
-    Books books;
+    Books books;  // after a critical error, of the steps up to steps_answered
     RunTimes times;
+    // Where our libeng looks for the engine program, one place a line; absent with another libeng.
+    std::optional<std::string> engine_search_places;
 
     explicit RunOutcome(std::size_t generators) : books(generators) {}
 };

@@ -5,12 +5,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <nlohmann/json.hpp>
+
+#include "value_rules.h"
 
 namespace tamlo_host {
 
@@ -27,11 +30,16 @@ public:
     bool has(const char* key) const;
     // A missing key leaves the target as it is.
     void read(const char* key, double& target);
+    // A number that rule must accept.
+    void read(const char* key, double& target, const ValueRule& rule);
     void read(const char* key, bool& target);
     void read(const char* key, std::string& target);
+    // From 0 to largest_exact_count.
     void read(const char* key, std::uint64_t& target);
-    void read(const char* key, std::int32_t& target);
-    void read(const char* key, std::vector<std::pair<double, double>>& target);
+    void read(const char* key, std::int32_t& target, std::int32_t least = std::numeric_limits<std::int32_t>::min());
+    // [[x, y], ...] with each x and y accepted by its rule.
+    void read(const char* key, std::vector<std::pair<double, double>>& target, const ValueRule& x_rule,
+              const ValueRule& y_rule);
     // Like read, but a missing key is an error.
     void require(const char* key) const;
 
@@ -72,6 +80,8 @@ public:
 
     [[noreturn]] void fail(const std::string& path, const std::string& problem) const;
     static std::string describe(const Json& value);
+    // A number as JSON writes it.
+    static std::string number_text(double value) { return Json(value).dump(); }
 
 private:
     const Json* element(const char* key);

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "input_error.h"
+#include "message_text.h"
 #include "scenario_readers.h"
 
 namespace tamlo_host {
@@ -54,7 +55,43 @@ bool read_number_list(ObjectReader& parent, const char* key, ScenarioContext& co
     return true;
 }
 
+bool is_matlab_function_name(const std::string& name) {
+    static const char* const keywords[] = {"break",  "case",     "catch",    "classdef",   "continue", "else",
+                                           "elseif", "end",      "for",      "function",   "global",   "if",
+                                           "otherwise", "parfor", "persistent", "return", "spmd",     "switch",
+                                           "try",    "while"};
+    const auto is_letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
+    if (name.empty() || name.size() > 63 || !is_letter(name[0])) return false;
+    for (const char c : name) {
+        if (!is_letter(c) && !is_digit(c) && c != '_') return false;
+    }
+    return std::none_of(std::begin(keywords), std::end(keywords), [&](const char* k) { return name == k; });
+}
+
 namespace {
+
+// The extension puts the folder and the function names into MATLAB commands as they are, so
+// whatever would change the meaning of those commands is refused here.
+void check_strategy_setting(ObjectReader& r, const ExtensionParameter& p) {
+    if (p.type != ExtensionParameterType::text) return;
+    if (p.name == "path") {
+        const bool has_control = std::any_of(p.text_value.begin(), p.text_value.end(),
+                                             [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+        if (p.text_value.find('\'') != std::string::npos || has_control) {
+            r.fail(r.child_path("value"),
+                   "the folder " + display_text(p.text_value) + " has a " +
+                       (has_control ? "control character" : "single quote") +
+                       " in its name; MATLAB's cd receives the folder as it is, so that character would break the "
+                       "command or run what follows it as code; rename the folder");
+        }
+    } else if ((p.name == "start simulation" || p.name == "dispatch" || p.name == "end simulation") &&
+               !p.text_value.empty() && !is_matlab_function_name(p.text_value)) {
+        r.fail(r.child_path("value"), "\"" + display_text(p.text_value) +
+                                          "\" is not a MATLAB function name; it needs a letter, then letters, digits "
+                                          "or underscores, at most 63 characters, and no keyword");
+    }
+}
 
 void read_extension_parameters(ObjectReader& top, ScenarioContext& context,
                                std::vector<ExtensionParameter>& parameters) {
@@ -85,11 +122,12 @@ void read_extension_parameters(ObjectReader& top, ScenarioContext& context,
             const std::filesystem::path folder =
                 std::filesystem::absolute(context.folder / p.text_value).lexically_normal();
             if (!std::filesystem::is_directory(folder)) {
-                r.fail(r.child_path("value"), "the folder " + folder.string() + " does not exist");
+                r.fail(r.child_path("value"), "the folder " + display_text(folder.string()) + " does not exist");
             }
             p.text_value = folder.string();
             if (p.text_value.size() > 1 && p.text_value.back() == '/') p.text_value.pop_back();
         }
+        check_strategy_setting(r, p);
         parameters.push_back(p);
     });
 }
@@ -125,14 +163,14 @@ void read_plant(ObjectReader& top, ScenarioContext& context, SimulationParameter
     const auto read_section = [&](ObjectReader& p) {
         read_plant_list(p, "primary_loads", parameters.primary_load_list.size(), true,
                         [&](ObjectReader& e, std::size_t) {
-                            plant.loads.push_back(read_series(e, "load", context, non_negative));
+                            plant.loads.push_back(read_series(e, "load", context, power_kw));
                         });
         read_plant_list(p, "pvs", parameters.pv_list.size(), true, [&](ObjectReader& e, std::size_t) {
-            plant.solar.push_back(read_series(e, "solar", context, non_negative));
+            plant.solar.push_back(read_series(e, "solar", context, solar_per_kw));
         });
         read_plant_list(p, "wind_turbines", parameters.wind_turbine_list.size(), true,
                         [&](ObjectReader& e, std::size_t) {
-                            plant.wind_speed.push_back(read_series(e, "wind_speed", context, non_negative));
+                            plant.wind_speed.push_back(read_series(e, "wind_speed", context, wind_speed_m_s));
                         });
         read_plant_list(p, "generators", parameters.generator_list.size(), false, [&](ObjectReader& e, std::size_t) {
             plant.generator_schedules.push_back(
@@ -141,7 +179,7 @@ void read_plant(ObjectReader& top, ScenarioContext& context, SimulationParameter
         read_plant_list(p, "batteries", parameters.battery_list.size(), false, [&](ObjectReader& e, std::size_t) {
             PlantBattery battery;
             e.read("initial_state_of_charge_percent", battery.initial_state_of_charge_percent);
-            if (battery.initial_state_of_charge_percent < 0 || battery.initial_state_of_charge_percent > 100) {
+            if (!(battery.initial_state_of_charge_percent >= 0 && battery.initial_state_of_charge_percent <= 100)) {
                 e.fail(e.child_path("initial_state_of_charge_percent"), "must be from 0 to 100");
             }
             e.read("energy_cost", battery.energy_cost);
@@ -151,9 +189,9 @@ void read_plant(ObjectReader& top, ScenarioContext& context, SimulationParameter
             PlantGrid grid;
             if (e.has("outages")) grid.outages = read_series(e, "outages", context, zero_or_one);
             if (!parameters.grid_list[i].limit_net_grid_purchases) e.require("max_grid_purchases");
-            e.read("max_grid_purchases", grid.max_grid_purchases);
+            e.read("max_grid_purchases", grid.max_grid_purchases, power_kw);
             e.require("max_grid_sales");
-            e.read("max_grid_sales", grid.max_grid_sales);
+            e.read("max_grid_sales", grid.max_grid_sales, power_kw);
             plant.grids.push_back(grid);
         });
     };
@@ -191,6 +229,7 @@ Scenario read_scenario(const std::string& file, std::optional<std::uint64_t> ste
     Scenario scenario;
     scenario.file = file;
     SimulationParameters& parameters = scenario.parameters;
+    scenario.input_files.push_back({file, "the scenario"});
     ScenarioContext context;
     context.file = file;
     context.folder = std::filesystem::path(file).parent_path();
@@ -203,6 +242,9 @@ Scenario read_scenario(const std::string& file, std::optional<std::uint64_t> ste
     top.read("number_of_timesteps", parameters.number_of_timesteps);
     if (steps) {
         if (*steps == 0) throw InputError("--steps: the run needs at least 1 time step");
+        if (*steps > largest_exact_count) {
+            throw InputError("--steps: at most " + std::to_string(largest_exact_count) + " time steps");
+        }
         parameters.number_of_timesteps = *steps;
     }
     if (parameters.number_of_timesteps == 0) top.fail("number_of_timesteps", "must be above 0");
@@ -229,6 +271,7 @@ Scenario read_scenario(const std::string& file, std::optional<std::uint64_t> ste
     top.finish();
 
     complete_parameters(parameters, scenario.plant);
+    for (const std::string& series : context.series.files()) scenario.input_files.push_back({series, "a series file"});
     return scenario;
 }
 

@@ -34,12 +34,23 @@ struct PlantInputs {
     std::vector<PlantGrid> grids;                          // per grid
 };
 
+// A file the run reads, so that no output is written over it.
+struct InputFile {
+    std::string path;
+    std::string role;  // "the scenario", "a series file"
+};
+
 struct Scenario {
     std::string file;
+    std::vector<InputFile> input_files;
     tamlo_dispatch::SimulationParameters parameters;
     PlantInputs plant;
     std::size_t steps = 0;  // equals parameters.number_of_timesteps
 };
+
+// Whether name can be called as a MATLAB function: a letter, then letters, digits and
+// underscores, at most 63 characters, and not a keyword.
+bool is_matlab_function_name(const std::string& name);
 
 // Reads and checks a scenario file; steps, when given, replaces number_of_timesteps.
 // Throws InputError naming the file and the JSON path or CSV line at fault.

@@ -26,7 +26,7 @@ void read_generator(ObjectReader& r, GeneratorParameters& g) {
         f.read("carbon_content", g.fuel.carbon_content);
         f.read("cost", g.fuel.cost);
         f.read("density", g.fuel.density);
-        f.read("initial_fuel_available", g.fuel.initial_fuel_available);
+        f.read("initial_fuel_available", g.fuel.initial_fuel_available, amount);
         f.read("limit_consumption", g.fuel.limit_consumption);
         f.read("lower_heating_value", g.fuel.lower_heating_value);
         f.read("name", g.fuel.name);
@@ -35,34 +35,37 @@ void read_generator(ObjectReader& r, GeneratorParameters& g) {
     r.read("fuel_curve_intercept", g.fuel_curve_intercept);
     r.read("fuel_curve_slope", g.fuel_curve_slope);
     r.read("lifetime_in_hours", g.lifetime_in_hours);
-    r.read("minimum_load", g.minimum_load);
+    r.read("minimum_load", g.minimum_load, power_kw);
     r.read("minimum_runtime", g.minimum_runtime);
     r.read("nonlinear_x0", g.nonlinear_x0);
     r.read("nonlinear_x1", g.nonlinear_x1);
     r.read("nonlinear_x2", g.nonlinear_x2);
     r.require("rated_capacity");
-    r.read("rated_capacity", g.rated_capacity);
+    r.read("rated_capacity", g.rated_capacity, power_kw);
     r.read("use_nonlinear_fuel_curve", g.use_nonlinear_fuel_curve);
     read_component_head(r, g.component, true);
+    if (g.minimum_load > g.rated_capacity) {
+        r.fail(r.child_path("minimum_load"), "must be at most rated_capacity (" + r.number_text(g.rated_capacity) + ")");
+    }
 }
 
 void read_primary_load(ObjectReader& r, PrimaryLoadParameters& load) {
     r.read("is_AC", load.is_AC);
     r.read("name", load.name);
-    r.read("peak_load", load.peak_load);
+    r.read("peak_load", load.peak_load, power_kw);
 }
 
 void read_pv(ObjectReader& r, PvParameters& pv, ScenarioContext& context) {
     r.read("lifetime_in_years", pv.lifetime_in_years);
     r.require("rated_capacity");
-    r.read("rated_capacity", pv.rated_capacity);
+    r.read("rated_capacity", pv.rated_capacity, power_kw);
     read_number_list(r, "solar_forecast", context, any_number, false, pv.solar_forecast);
     read_component_head(r, pv.component, true);
 }
 
 void read_wind_turbine(ObjectReader& r, WindTurbineParameters& turbine) {
     r.require("power_curve");
-    r.read("power_curve", turbine.power_curve);
+    r.read("power_curve", turbine.power_curve, wind_speed_m_s, power_kw);
     for (std::size_t i = 1; i < turbine.power_curve.size(); ++i) {
         if (!(turbine.power_curve[i].first > turbine.power_curve[i - 1].first)) {
             r.fail(r.child_path("power_curve") + "[" + std::to_string(i) + "]",
@@ -71,12 +74,12 @@ void read_wind_turbine(ObjectReader& r, WindTurbineParameters& turbine) {
     }
     r.require("quantity");
     r.read("quantity", turbine.quantity);
-    r.read("rated_power", turbine.rated_power);
+    r.read("rated_power", turbine.rated_power, power_kw);
     read_component_head(r, turbine.component, true);
 }
 
 void read_custom_component(ObjectReader& r, CustomComponentParameters& custom) {
-    r.read("capacity", custom.capacity);
+    r.read("capacity", custom.capacity, power_kw);
     r.read("component_number", custom.component_number);
     r.read("is_AC", custom.is_AC);
     r.read("name", custom.name);
@@ -93,7 +96,7 @@ void read_custom_component(ObjectReader& r, CustomComponentParameters& custom) {
 
 void read_battery(ObjectReader& r, BatteryParameters& battery) {
     r.read("nominal_voltage", battery.nominal_voltage);
-    r.read("nominal_capacity", battery.nominal_capacity);
+    r.read("nominal_capacity", battery.nominal_capacity, amount);
     r.read("minimum_state_of_charge", battery.minimum_state_of_charge);
     r.require("fractional_charge_efficiency");
     r.read("fractional_charge_efficiency", battery.fractional_charge_efficiency);
@@ -101,16 +104,16 @@ void read_battery(ObjectReader& r, BatteryParameters& battery) {
     r.read("fractional_discharge_efficiency", battery.fractional_discharge_efficiency);
     r.read("wear_cost", battery.wear_cost);
     r.require("battery_bank_maximum_absolute_soc");
-    r.read("battery_bank_maximum_absolute_soc", battery.battery_bank_maximum_absolute_soc);
-    r.read("battery_bank_minimum_absolute_soc", battery.battery_bank_minimum_absolute_soc);
+    r.read("battery_bank_maximum_absolute_soc", battery.battery_bank_maximum_absolute_soc, energy_kwh);
+    r.read("battery_bank_minimum_absolute_soc", battery.battery_bank_minimum_absolute_soc, energy_kwh);
     r.object("dedicated_converter", [&](ObjectReader& d) {
         DedicatedConverterParameters& c = battery.dedicated_converter;
-        d.read("rectifier_capacity", c.rectifier_capacity);
-        d.read("inverter_capacity", c.inverter_capacity);
+        d.read("rectifier_capacity", c.rectifier_capacity, power_kw);
+        d.read("inverter_capacity", c.inverter_capacity, power_kw);
         d.read("lifetime_in_years", c.lifetime_in_years);
         d.read("has_efficiency_tables", c.has_efficiency_tables);
-        d.read("inverter_efficiency_table", c.inverter_efficiency_table);
-        d.read("rectifier_efficiency_table", c.rectifier_efficiency_table);
+        d.read("inverter_efficiency_table", c.inverter_efficiency_table, non_negative, non_negative);
+        d.read("rectifier_efficiency_table", c.rectifier_efficiency_table, non_negative, non_negative);
         d.read("rectifier_efficiency", c.rectifier_efficiency);
         d.read("inverter_efficiency", c.inverter_efficiency);
     });
@@ -138,8 +141,8 @@ void read_battery(ObjectReader& r, BatteryParameters& battery) {
 }
 
 void read_converter(ObjectReader& r, ConverterParameters& converter) {
-    r.read("inverter_capacity", converter.inverter_capacity);
-    r.read("rectifier_capacity", converter.rectifier_capacity);
+    r.read("inverter_capacity", converter.inverter_capacity, power_kw);
+    r.read("rectifier_capacity", converter.rectifier_capacity, power_kw);
     r.read("inverter_efficiency", converter.inverter_efficiency);
     r.read("rectifier_efficiency", converter.rectifier_efficiency);
     r.read("lifetime_in_years", converter.lifetime_in_years);
@@ -148,10 +151,10 @@ void read_converter(ObjectReader& r, ConverterParameters& converter) {
 }
 
 void read_flywheel(ObjectReader& r, FlywheelParameters& flywheel) {
-    r.read("charge_discharge_capacity", flywheel.charge_discharge_capacity);
-    r.read("parasitic_load", flywheel.parasitic_load);
+    r.read("charge_discharge_capacity", flywheel.charge_discharge_capacity, power_kw);
+    r.read("parasitic_load", flywheel.parasitic_load, power_kw);
     r.read("lifetime_in_years", flywheel.lifetime_in_years);
-    r.read("quantity", flywheel.quantity);
+    r.read("quantity", flywheel.quantity, 0);
     read_component_head(r, flywheel.component, true);
 }
 

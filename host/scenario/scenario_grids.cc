@@ -74,9 +74,9 @@ std::shared_ptr<IGridModel> read_real_time(ObjectReader& r, ScenarioContext& con
     model->demand_rate = read_demand_rates(r);
     model->demand_rate_index = read_demand_rate_index(r, context, model->demand_rate.size());
     r.require("realtime_power_price");
-    read_number_list(r, "realtime_power_price", context, any_number, true, model->realtime_power_price);
+    read_number_list(r, "realtime_power_price", context, price, true, model->realtime_power_price);
     r.require("realtime_sellback_rate");
-    read_number_list(r, "realtime_sellback_rate", context, any_number, true, model->realtime_sellback_rate);
+    read_number_list(r, "realtime_sellback_rate", context, price, true, model->realtime_sellback_rate);
     return model;
 }
 
@@ -92,8 +92,8 @@ std::shared_ptr<IGridModel> read_scheduled(ObjectReader& r, ScenarioContext& con
         GridRate rate;
         e.read("grid_label", rate.grid_label);
         e.object("grid_state", [&](ObjectReader& f) { read_grid_state_flags(f, rate.grid_state); });
-        e.read("power_price", rate.power_price);
-        e.read("sellback_rate", rate.sellback_rate);
+        e.read("power_price", rate.power_price, price);
+        e.read("sellback_rate", rate.sellback_rate, price);
         model->grid_rate.push_back(rate);
     });
     r.require("grid_rate_index");
@@ -112,9 +112,9 @@ std::shared_ptr<IGridModel> read_complex_utility(ObjectReader& r, ScenarioContex
     model->minimum_rates = read_tariff_rates(r, "minimum_rates");
     model->tax_rates = read_tariff_rates(r, "tax_rates");
     r.require("purchase_price");
-    read_number_list(r, "purchase_price", context, any_number, true, model->purchase_price);
+    read_number_list(r, "purchase_price", context, price, true, model->purchase_price);
     r.require("export_price");
-    read_number_list(r, "export_price", context, any_number, true, model->export_price);
+    read_number_list(r, "export_price", context, price, true, model->export_price);
     read_number_list(r, "demand_price", context, any_number, false, model->demand_price);
     return model;
 }
@@ -151,7 +151,7 @@ void read_grid(ObjectReader& r, GridParameters& grid, ScenarioContext& context) 
         }
     });
     r.read("limit_net_grid_purchases", grid.limit_net_grid_purchases);
-    r.read("max_net_grid_purchases", grid.max_net_grid_purchases);
+    r.read("max_net_grid_purchases", grid.max_net_grid_purchases, power_kw);
 }
 
 }  // namespace tamlo_host

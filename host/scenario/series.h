@@ -3,10 +3,11 @@
 #define TAMLO_HOST_SERIES_H
 
 #include <cstddef>
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
+
+#include "value_rules.h"
 
 namespace tamlo_host {
 
@@ -17,27 +18,15 @@ struct SeriesRef {
     std::string named_at;  // e.g. "plant.primary_loads[0].load in examples/hybrid.json"
 };
 
-// What values a series may hold.
-struct ValueRule {
-    std::string needs;  // completes "it needs ...", e.g. "a number of 0 or more"
-    std::function<bool(double)> accepts;
-};
-
-// Whole numbers from 0 to count - 1: an index into a list of count entries named list.
-ValueRule index_into(std::size_t count, const std::string& list);
-
-extern const ValueRule any_number;
-extern const ValueRule non_negative;
-extern const ValueRule schedule_code;  // -1, 0 or 1
-extern const ValueRule zero_or_one;
-extern const ValueRule whole_non_negative;
-
 // CSV layout: a header line of column names, then one line per time step; fields are
 // separated by commas, blanks around them are ignored, lines starting with # are comments.
+// Column names are unique; values are plain decimals ("12", "-0.5", "1e5").
 class SeriesStore {
 public:
     // The first `steps` values of the column; throws InputError naming the file and line.
     std::vector<double> read(const SeriesRef& ref, std::size_t steps, const ValueRule& rule);
+    // The files read so far, as their refs named them.
+    std::vector<std::string> files() const;
 
 private:
     struct CsvFile {

@@ -1,7 +1,12 @@
 // The books and the sorting of warnings by rule.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <optional>
+
 #include "books.h"
+#include "report.h"
+#include "run.h"
 #include "warning_rules.h"
 
 namespace tamlo_host {
@@ -109,6 +114,68 @@ TEST(WarningCounts, FollowTheRuleTableAndLeaveOutRulesWithoutWarnings) {
     EXPECT_EQ(counts[0].second, 2u);
     EXPECT_STREQ(counts[1].first->id, "limit");
     EXPECT_STREQ(counts[2].first->id, "other");
+}
+
+struct EngineStart {
+    const char* message;                  // what start_simulation returned
+    std::optional<std::string> places;    // our libeng's search places; none with MATLAB's
+    const char* explanation;              // the summary's lines after the start error
+};
+
+class EngineStartSummary : public ::testing::TestWithParam<EngineStart> {};
+
+TEST_P(EngineStartSummary, ExplainsOurLibengCodesOnly) {
+    const EngineStart& c = GetParam();
+    Scenario scenario;
+    scenario.file = "x.json";
+    scenario.steps = 3;
+    scenario.parameters.timestep_size_in_seconds = 3600;
+    RunOutcome outcome(0);
+    outcome.start_error.severity = DISPATCH_CRITICAL_ERROR;
+    outcome.start_error.message = c.message;
+    outcome.critical = true;
+    outcome.engine_search_places = c.places;
+    const std::string head = "Scenario x.json: 0 of 3 time steps of 3600 s\nStart simulation: critical error: " +
+                             std::string(c.message) + "\n" + c.explanation + "\nLoad (kWh)\n";
+    const std::string summary = format_summary(scenario, outcome);
+    EXPECT_EQ(summary.substr(0, head.size()), head);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Codes, EngineStartSummary,
+    ::testing::Values(
+        EngineStart{"\nCan't start MATLAB engine: code 1\n", "/opt/a/octave-engine\n/opt/bin/octave-engine\n",
+                    "  code 1: no octave-engine program was found; looked in:\n    /opt/a/octave-engine\n"
+                    "    /opt/bin/octave-engine\n"},
+        EngineStart{"\nCan't start MATLAB engine: code 2\n", "",
+                    "  code 2: the engine's socket or process could not be created (too many processes or open "
+                    "files?)\n"},
+        EngineStart{"\nCan't start MATLAB engine: code 3\n", "",
+                    "  code 3: the engine program started but did not report ready; run it by hand to see why\n"},
+        EngineStart{"\nCan't start MATLAB engine: code 1\n", std::nullopt, ""},
+        EngineStart{"\nCan't start MATLAB engine: code 7\n", "", ""}));
+
+TEST(Summary, CountsNonFiniteStepsAndKeepsTotalsNumbers) {
+    Scenario scenario;
+    scenario.file = "x.json";
+    scenario.steps = 3;
+    scenario.parameters.generator_list.resize(1);
+    scenario.parameters.generator_list[0].component.name = "G";
+    RunOutcome outcome(1);
+    outcome.steps_run = 3;
+    SimulationState s;
+    s.generator_list = {GeneratorState{20, 0, DISPATCH_DECIDES}};
+    for (const double p : {std::nan(""), 5.0, HUGE_VAL}) {
+        s.generator_list[0].power_setpoint = p;
+        outcome.books.record(s, StepOutcome{{0.0}, {false}, {}, 0}, 1.0);
+    }
+    const std::string summary = format_summary(scenario, outcome);
+    EXPECT_NE(summary.find("  generator G               5.0, fuel 0.0, 1.0 h run, 0 starts\n"), std::string::npos)
+        << summary;
+    EXPECT_NE(summary.find("\nNon-finite decisions\n  2 time steps had a non-finite set point or bus value; the "
+                           "books count it as 0\n"),
+              std::string::npos)
+        << summary;
 }
 
 }  // namespace

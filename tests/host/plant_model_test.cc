@@ -2,8 +2,10 @@
 // outages and reserve requests.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 
+#include "books.h"
 #include "plant_model.h"
 
 namespace tamlo_host {
@@ -209,6 +211,24 @@ TEST(PlantModel, LimitsBatterySetPointsAndCountsThem) {
     EXPECT_EQ(outcome.battery_setpoints_limited, 1u);
     EXPECT_DOUBLE_EQ(outcome.battery_power[0], -16);
     EXPECT_DOUBLE_EQ(plant.battery_soc(0), 20);
+}
+
+TEST(PlantModel, NonFiniteDecisionsKeepChargeFuelAndBooksFinite) {
+    const Scenario s = small_scenario();
+    PlantModel plant(s);
+    Books books(1);
+    SimulationState state;
+    for (std::size_t t = 0; t < 2; ++t) {
+        plant.fill_state(t, state);
+        state.generator_list[0].power_setpoint = std::nan("");
+        state.battery_list[0].power_setpoint = t == 0 ? -INFINITY : 4;
+        state.ac_bus.load_served = t == 0 ? 50 : std::nan("");
+        books.record(state, plant.apply(state), plant.hours());
+    }
+    EXPECT_DOUBLE_EQ(plant.battery_soc(0), 60 + 4 * 0.5 * 0.9);  // only the finite charge applied
+    EXPECT_DOUBLE_EQ(books.generators[0].fuel, 0);
+    EXPECT_DOUBLE_EQ(books.energy_served, 50);
+    EXPECT_EQ(books.non_finite_steps, 2u);
 }
 
 TEST(PlantModel, GridPricesFollowTheScheduleAndOutagesCloseTheGrid) {

@@ -6,6 +6,9 @@
 #include <filesystem>
 #include <fstream>
 
+#include <sstream>
+
+#include "command_line.h"
 #include "input_error.h"
 #include "json_reader.h"
 #include "scenario.h"
@@ -39,6 +42,12 @@ protected:
         write("text.csv", "# comment line\nhour,ac\n0,1\n1,abc\n2,3\n");
         write("negative.csv", "hour,ac\n0,1\n1,-4\n2,3\n");
         write("index.csv", "hour,rate\n0,0\n1,0\n2,1\n");
+        write("duplicate.csv", "hour,ac,ac\n0,1,1\n1,2,2\n2,3,3\n");
+        write("hex.csv", "hour,ac\n0,1\n1,0x1A\n2,3\n");
+        write("inf.csv", "hour,ac\n0,inf\n1,2\n2,3\n");
+        write("huge.csv", "hour,ac\n0,1\n1,2\n2,1e400\n");
+        write("bytes.csv", "hour,ac\n0,1\n1,ab\xff\x01\n2,3\n");
+        std::filesystem::create_directory(dir_ / "it's");
     }
     void TearDown() override { std::filesystem::remove_all(dir_); }
 
@@ -102,8 +111,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         BadInput{"wrong type deep inside",
                  R"([{"op": "add", "path": "/batteries/0/dedicated_converter/inverter_capacity", "value": "big"}])",
-                 "{dir}/s.json: batteries[0].dedicated_converter.inverter_capacity: expected a number, found the "
-                 "text \"big\""},
+                 "{dir}/s.json: batteries[0].dedicated_converter.inverter_capacity: expected a power from 0 to 1e10 "
+                 "kW, found the text \"big\""},
         BadInput{"unknown component field", R"([{"op": "add", "path": "/generators/0/fuel/price", "value": 1}])",
                  "{dir}/s.json: generators[0].fuel.price: unknown field"},
         BadInput{"unknown top-level field", R"([{"op": "add", "path": "/flywheel", "value": []}])",
@@ -113,8 +122,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"boolean expected", R"([{"op": "add", "path": "/primary_loads/0/is_AC", "value": 1}])",
                  "{dir}/s.json: primary_loads[0].is_AC: expected true or false, found the number 1"},
         BadInput{"negative count", R"([{"op": "add", "path": "/generators/0/component_number", "value": -2}])",
-                 "{dir}/s.json: generators[0].component_number: expected a whole number of 0 or more, found the "
-                 "number -2"},
+                 "{dir}/s.json: generators[0].component_number: expected a whole number from 0 to 9007199254740992 "
+                 "(MATLAB receives it as a double), found the number -2"},
         BadInput{"missing series file",
                  R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "none.csv"}])",
                  "{dir}/none.csv: cannot open the file (named at plant.primary_loads[0].load in {dir}/s.json)"},
@@ -124,9 +133,9 @@ INSTANTIATE_TEST_SUITE_P(
                  "plant.primary_loads[0].load in {dir}/s.json)"},
         BadInput{"text in a series",
                  R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "text.csv"}])",
-                 "{dir}/text.csv:4: column \"ac\": \"abc\" is not a number"},
+                 "{dir}/text.csv:4: column \"ac\": \"abc\" is not a decimal number (like 12, -0.5 or 1e5)"},
         BadInput{"negative load", R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "negative.csv"}])",
-                 "{dir}/negative.csv:3: column \"ac\": -4 is not allowed here; it needs a number of 0 or more"},
+                 "{dir}/negative.csv:3: column \"ac\": -4 is not allowed here; it needs a power from 0 to 1e10 kW"},
         BadInput{"unknown column", R"([{"op": "add", "path": "/plant/primary_loads/0/load/column", "value": "dc"}])",
                  "{dir}/loads.csv: no column \"dc\" in the header line (named at plant.primary_loads[0].load in "
                  "{dir}/s.json)"},
@@ -155,7 +164,148 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"list expected", R"([{"op": "add", "path": "/generators", "value": {"name": "g"}}])",
                  "{dir}/s.json: generators: expected a list, found an object"},
         BadInput{"zero time steps", R"([{"op": "add", "path": "/number_of_timesteps", "value": 0}])",
-                 "{dir}/s.json: number_of_timesteps: must be above 0"}));
+                 "{dir}/s.json: number_of_timesteps: must be above 0"},
+        BadInput{"quote in the strategy folder",
+                 R"([{"op": "add", "path": "/extension_parameters/0/value", "value": "it's"}])",
+                 "{dir}/s.json: extension_parameters[0].value: the folder {dir}/it's has a single quote in its name; "
+                 "MATLAB's cd receives the folder as it is, so that character would break the command or run what "
+                 "follows it as code; rename the folder"},
+        BadInput{"code in a function name",
+                 R"([{"op": "add", "path": "/extension_parameters/1/value",
+                      "value": "strategies'); system('touch X'); cd('strategies"}])",
+                 "{dir}/s.json: extension_parameters[1].value: \"strategies'); system('touch X'); cd('strategies\" is "
+                 "not a MATLAB function name; it needs a letter, then letters, digits or underscores, at most 63 "
+                 "characters, and no keyword"},
+        BadInput{"a call after a function name",
+                 R"j([{"op": "add", "path": "/extension_parameters/-", "value": {"name": "end simulation", "value": "e; delete('x')"}}])j",
+                 "{dir}/s.json: extension_parameters[2].value: \"e; delete('x')\" is not a MATLAB function name; it "
+                 "needs a letter, then letters, digits or underscores, at most 63 characters, and no keyword"},
+        BadInput{"negative capacity", R"([{"op": "add", "path": "/generators/0/rated_capacity", "value": -5}])",
+                 "{dir}/s.json: generators[0].rated_capacity: -5 is not allowed here; it needs a power from 0 to 1e10 "
+                 "kW"},
+        BadInput{"absurd capacity", R"([{"op": "add", "path": "/generators/0/rated_capacity", "value": 1e308}])",
+                 "{dir}/s.json: generators[0].rated_capacity: 1e+308 is not allowed here; it needs a power from 0 to "
+                 "1e10 kW"},
+        BadInput{"absurd battery energy",
+                 R"([{"op": "add", "path": "/batteries/0/battery_bank_maximum_absolute_soc", "value": 1e12}])",
+                 "{dir}/s.json: batteries[0].battery_bank_maximum_absolute_soc: 1000000000000.0 is not allowed here; it "
+                 "needs an energy from 0 to 1e10 kWh"},
+        BadInput{"minimum load above rating", R"([{"op": "add", "path": "/generators/0/minimum_load", "value": 12}])",
+                 "{dir}/s.json: generators[0].minimum_load: must be at most rated_capacity (10.0)"},
+        BadInput{"count beyond its record's range",
+                 R"([{"op": "add", "path": "/flywheels", "value": [{"quantity": 1099511627776}]}])",
+                 "{dir}/s.json: flywheels[0].quantity: expected a whole number from 0 to 2147483647, found the number "
+                 "1099511627776"},
+        BadInput{"count beyond what MATLAB holds exactly",
+                 R"([{"op": "add", "path": "/generators/0/component_number", "value": 1152921504606846976}])",
+                 "{dir}/s.json: generators[0].component_number: expected a whole number from 0 to 9007199254740992 "
+                 "(MATLAB receives it as a double), found the number 1152921504606846976"},
+        BadInput{"negative price", R"([{"op": "add", "path": "/grids/0/technical_model/grid_rate/0/power_price", "value": -2e9}])",
+                 "{dir}/s.json: grids[0].technical_model.grid_rate[0].power_price: -2000000000.0 is not allowed here; it "
+                 "needs a price from -1e9 to 1e9 per kWh"},
+        BadInput{"duplicate series columns",
+                 R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "duplicate.csv"}])",
+                 "{dir}/duplicate.csv:1: column \"ac\" appears twice in the header line (fields 2 and 3)"},
+        BadInput{"hexadecimal in a series",
+                 R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "hex.csv"}])",
+                 "{dir}/hex.csv:3: column \"ac\": \"0x1A\" is not a decimal number (like 12, -0.5 or 1e5)"},
+        BadInput{"inf in a series", R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "inf.csv"}])",
+                 "{dir}/inf.csv:2: column \"ac\": \"inf\" is not a decimal number (like 12, -0.5 or 1e5)"},
+        BadInput{"overflowing number in a series",
+                 R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "huge.csv"}])",
+                 "{dir}/huge.csv:4: column \"ac\": 1e400 is beyond the range of numbers"},
+        BadInput{"invalid bytes in a series",
+                 R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "bytes.csv"}])",
+                 "{dir}/bytes.csv:3: column \"ac\": \"ab\\xFF\\x01\" is not a decimal number (like 12, -0.5 or 1e5)"},
+        BadInput{"control character in a text",
+                 R"([{"op": "add", "path": "/generators/0/rated_capacity", "value": "a\u0001b"}])",
+                 "{dir}/s.json: generators[0].rated_capacity: expected a power from 0 to 1e10 kW, found the text "
+                 "\"a\\x01b\""},
+        BadInput{"folder where a series file is expected",
+                 R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "it's"}])",
+                 "{dir}/it's: is a folder; name a CSV file (named at plant.primary_loads[0].load in {dir}/s.json)"}),
+    [](const ::testing::TestParamInfo<BadInput>& info) {
+        std::string name = info.param.name;
+        for (char& c : name) c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+        return name;
+    });
+
+TEST_F(ScenarioFiles, LongTextIsCutInTheMessage) {
+    const std::string text(20 * 1024 * 1024, 'x');
+    Json document = Json::parse(base_scenario);
+    document["generators"][0]["rated_capacity"] = text;
+    write("s.json", document.dump());
+    try {
+        read_scenario((dir_ / "s.json").string());
+        FAIL();
+    } catch (const InputError& e) {
+        EXPECT_EQ(std::string(e.what()), expand("{dir}/s.json: generators[0].rated_capacity: expected a power from 0 "
+                                                "to 1e10 kW, found the text \"") +
+                                             std::string(200, 'x') + "...\"");
+    }
+}
+
+struct BadCommandLine {
+    const char* name;
+    const char* arguments;  // after "dispatch-bench run {dir}/s.json"
+    const char* message;    // what goes to the error stream
+};
+
+class BadOption : public ScenarioFiles, public ::testing::WithParamInterface<BadCommandLine> {};
+
+// Runs the command line in this process: every row must stop before any extension is loaded.
+TEST_P(BadOption, ExitsWithStatusTwoAndOneMessage) {
+    const BadCommandLine& c = GetParam();
+    scenario_with("");
+    std::vector<std::string> words{"dispatch-bench", "run", expand("{dir}/s.json")};
+    std::istringstream arguments(expand(c.arguments));
+    for (std::string word; arguments >> word;) words.push_back(word);
+    if (words[3] == "--instead") words.erase(words.begin() + 2, words.begin() + 4);
+    std::vector<const char*> argv;
+    for (const std::string& w : words) argv.push_back(w.c_str());
+    std::ostringstream out, err;
+    EXPECT_EQ(run_command_line(static_cast<int>(argv.size()), argv.data(), out, err), exit_bad_input) << c.name;
+    EXPECT_EQ(err.str(), expand(c.message)) << c.name;
+    EXPECT_EQ(out.str(), "") << c.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, BadOption,
+    ::testing::Values(
+        BadCommandLine{"steps beyond any count", "--steps 99999999999999999999999",
+                       "--steps: 99999999999999999999999 is out of range; expected 1 to 9007199254740992\n"
+                       "Run with --help for more information.\n"},
+        BadCommandLine{"hexadecimal steps", "--steps 0x1A",
+                       "--steps: expected a whole number, found \"0x1A\"\nRun with --help for more information.\n"},
+        BadCommandLine{"negative time limit", "--call-timeout -1",
+                       "--call-timeout: -1 is out of range; expected 0 (no limit) to 604800 seconds (a week)\n"
+                       "Run with --help for more information.\n"},
+        BadCommandLine{"nan time limit", "--call-timeout nan",
+                       "--call-timeout: expected a number of seconds, found \"nan\"\n"
+                       "Run with --help for more information.\n"},
+        BadCommandLine{"week without plot", "--week 2", "--week requires --plot\nRun with --help for more information.\n"},
+        BadCommandLine{"folder given as scenario", "--instead {dir}",
+                       "dispatch-bench: {dir}: is a folder; name a scenario file such as {dir}/s.json\n"},
+        BadCommandLine{"results over the scenario", "--out {dir}/s.json",
+                       "dispatch-bench: --out {dir}/s.json: this is the scenario of the run ({dir}/s.json); writing to "
+                       "it would overwrite it; choose another file\n"},
+        BadCommandLine{"results over a series", "--out {dir}/loads.csv",
+                       "dispatch-bench: --out {dir}/loads.csv: this is a series file of the run ({dir}/loads.csv); "
+                       "writing to it would overwrite it; choose another file\n"},
+        BadCommandLine{"plot over the results", "--out {dir}/r.csv --plot {dir}/r.csv",
+                       "dispatch-bench: --plot {dir}/r.csv: this is the --out file of the run ({dir}/r.csv); writing to "
+                       "it would overwrite it; choose another file\n"},
+        BadCommandLine{"results in a missing folder", "--out {dir}/missing/r.csv",
+                       "dispatch-bench: --out {dir}/missing/r.csv: the folder {dir}/missing does not exist; create it "
+                       "first\n"},
+        BadCommandLine{"plot in a missing folder", "--plot {dir}/missing/week.png",
+                       "dispatch-bench: --plot {dir}/missing/week.png: the folder {dir}/missing does not exist; create "
+                       "it first\n"}),
+    [](const ::testing::TestParamInfo<BadCommandLine>& info) {
+        std::string name = info.param.name;
+        for (char& c : name) c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+        return name;
+    });
 
 TEST_F(ScenarioFiles, MissingScenarioFileIsNamed) {
     try {
@@ -176,6 +326,26 @@ TEST_F(ScenarioFiles, SyntaxErrorNamesLineAndColumn) {
         EXPECT_EQ(what.rfind(expand("{dir}/broken.json: not valid JSON: parse error at line 3, column 3"), 0), 0u)
             << what;
     }
+}
+
+TEST_F(ScenarioFiles, InvalidUtf8IsEscapedInTheMessage) {
+    write("bytes.json", "{\"number_of_timesteps\": \"a\xff\"}");
+    try {
+        read_scenario((dir_ / "bytes.json").string());
+        FAIL();
+    } catch (const InputError& e) {
+        EXPECT_EQ(std::string(e.what()),
+                  expand("{dir}/bytes.json: not valid JSON: parse error at line 1, column 27: syntax error while parsing "
+                         "value - invalid string: ill-formed UTF-8 byte; last read: '\"a\\xFF'"));
+    }
+}
+
+TEST(CommandLine, VersionNamesTheBuildsCommit) {
+    const char* argv[] = {"dispatch-bench", "--version"};
+    std::ostringstream out, err;
+    EXPECT_EQ(run_command_line(2, argv, out, err), exit_completed);
+    EXPECT_EQ(out.str().rfind("dispatch-bench 0.1 (commit ", 0), 0u) << out.str();
+    EXPECT_EQ(err.str(), "");
 }
 
 TEST(ExampleScenario, ReadsAFullYear) {
