@@ -1,6 +1,7 @@
 // Groups case results into plot lines and draws them with gnuplot.
 #include "tradeoff_plot.h"
 
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 
@@ -125,13 +126,20 @@ void write_tradeoff_png(const TradeoffData& data, const std::string& folder, con
     char program[] = "gnuplot";
     std::string script_arg = script_file;
     char* argv[] = {program, script_arg.data(), nullptr};
-    const int spawned = posix_spawnp(&child, program, nullptr, nullptr, argv, environ);
+    // gnuplot's complaints (an empty range when every case has the same figure) go to a log
+    // beside the script, not between the study's lines.
+    const std::string log_file = folder + "/gnuplot.log";
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 2, log_file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    const int spawned = posix_spawnp(&child, program, &actions, nullptr, argv, environ);
+    posix_spawn_file_actions_destroy(&actions);
     if (spawned == ENOENT) throw InputError("gnuplot was not found; install it (Debian package gnuplot-nox)");
     if (spawned != 0) throw InputError(std::string("cannot start gnuplot: ") + std::strerror(spawned));
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw InputError("gnuplot failed while drawing " + png_file);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw InputError("gnuplot failed while drawing " + png_file + " (see " + log_file + ")");
 }
 
 }  // namespace tamlo_host

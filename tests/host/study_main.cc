@@ -1,7 +1,10 @@
 // Stand-in for dispatch-bench's study commands until its command line carries them: study
 // STUDY --out DIR [--jobs N] [--slice K/M] [--collect] [--call-timeout S] [--extension P], and
 // study-worker.
+#include <unistd.h>
+
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -11,6 +14,13 @@
 int main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);
     if (!args.empty() && args[0] == "study-worker") return tamlo_host::run_study_worker({args.begin() + 1, args.end()});
+    if (!args.empty() && args[0] == "run") {
+        // One case alone: dispatch-bench itself, beside this program.
+        const std::string bench = (std::filesystem::read_symlink("/proc/self/exe").parent_path() / "dispatch-bench").string();
+        argv[0] = const_cast<char*>(bench.c_str());
+        ::execv(bench.c_str(), argv);
+        return 2;
+    }
     if (args.size() < 2 || args[0] != "study") return 2;
     tamlo_host::StudyOptions options;
     options.study_file = args[1];
