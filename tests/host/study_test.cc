@@ -15,9 +15,11 @@
 #include <sstream>
 #include <thread>
 
+#include "engine.h"
 #include "input_error.h"
 #include "study_cases.h"
 #include "study_file.h"
+#include "tamlo_eng_ext.h"
 
 extern char** environ;
 
@@ -129,6 +131,40 @@ TEST(StudyExpansion, BadStudiesNameTheFileAndJsonPath) {
             EXPECT_EQ(std::string(e.what()).rfind(file + row.message, 0), 0u) << e.what();
         }
     }
+}
+
+pid_t parent_of(pid_t pid) {
+    std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
+    std::string text;
+    std::getline(in, text);
+    std::istringstream fields(text.substr(text.rfind(')') + 2));
+    std::string state;
+    pid_t parent = -1;
+    fields >> state >> parent;
+    return parent;
+}
+
+// What an engine prints for a command.
+std::string printed(Engine* engine, const char* command) {
+    char buffer[1024] = {};
+    engOutputBuffer(engine, buffer, sizeof buffer);
+    engEvalString(engine, command);
+    return buffer;
+}
+
+TEST(WarmEngine, StartsInTheHostFolderWithNothingOfTheEngineBefore) {
+    setenv("TAMLO_ENG_WARM", "1", 1);
+    Engine* first = engOpenSingleUse("", nullptr, nullptr);
+    ASSERT_NE(first, nullptr);
+    printed(first, "x = 1; global g; g = 2; cd('/tmp');");
+    engClose(first);
+    Engine* second = engOpenSingleUse("", nullptr, nullptr);
+    ASSERT_NE(second, nullptr);
+    // A fork of the template, not an engine this process started itself.
+    EXPECT_NE(parent_of(tamlo_engGetPid(second)), getpid());
+    EXPECT_EQ(printed(second, "disp(numel(who)); disp(numel(who('global'))); disp(pwd)"),
+              "0\n0\n" + fs::current_path().string() + "\n");
+    engClose(second);
 }
 
 // dispatch-bench itself, as a user runs it.
