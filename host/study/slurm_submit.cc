@@ -43,10 +43,15 @@ std::string slurm_job_script(const StudyOptions& options, const std::string& pro
     s += "#SBATCH --job-name=dispatch-study\n";
     s += "#SBATCH --array=1-" + std::to_string(tasks) + "\n";
     s += "#SBATCH --output=" + out_dir + "/slurm/task-%a.log\n";
-    s += "# Each task runs one slice of the cases; the folder is shared by every node.\n";
+    s += "# Each task runs one slice of the cases; the folder is shared by every node, and the\n";
+    s += "# task that finds every case done writes the summary.\n";
     s += "exec " + shell_word(program) + " study " + shell_word(fs::absolute(options.study_file).string()) +
-         " --out " + shell_word(out_dir) + " --slice \"${SLURM_ARRAY_TASK_ID}/" + std::to_string(tasks) + "\"";
-    if (options.jobs > 0) s += " --jobs " + std::to_string(options.jobs);
+         " --out " + shell_word(out_dir) +
+         // The array may be given on sbatch's command line instead: the slice follows the array.
+         " --slice \"$((SLURM_ARRAY_TASK_ID - SLURM_ARRAY_TASK_MIN + 1))/${SLURM_ARRAY_TASK_COUNT}\"";
+    // As many workers as the task was given cores.
+    s += " --jobs " + (options.jobs > 0 ? std::to_string(options.jobs)
+                                        : std::string("\"${SLURM_CPUS_PER_TASK:-${SLURM_CPUS_ON_NODE:-1}}\""));
     if (!options.extension.empty()) s += " --extension " + shell_word(fs::absolute(options.extension).string());
     if (options.call_timeout > 0.0) {
         char text[64];
