@@ -8,6 +8,7 @@ packages=(
   octave liboctave-dev
   nlohmann-json3-dev gnuplot-nox
   valgrind
+  slurm-wlm munge
 )
 
 missing=()

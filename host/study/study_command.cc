@@ -105,6 +105,9 @@ int run_study(const StudyOptions& options) {
         ++covered;
         if (!folder.finished(cases[i])) pending.push_back(i);
     }
+    // Slurm tasks share DIR and stage at the same time; a study of its own clears what a killed
+    // one left behind.
+    if (!options.slice) folder.clear_staging();
     std::vector<std::string> staging;
     for (std::size_t i : pending) staging.push_back(folder.stage(cases[i]));
 

@@ -62,6 +62,11 @@ std::optional<CaseResult> StudyFolder::finished(const StudyCase& c) const {
     }
 }
 
+void StudyFolder::clear_staging() const {
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(fs::path(dir_) / "staging", error)) fs::remove_all(entry.path(), error);
+}
+
 std::string StudyFolder::stage(const StudyCase& c) {
     const fs::path folder = staging_prefix_ + std::to_string(staged_++) + "." + c.id;
     std::error_code error;

@@ -22,6 +22,8 @@ public:
     // The finished result of a case whose scenario.json equals the case's definition.
     std::optional<CaseResult> finished(const StudyCase& c) const;
 
+    // Removes what interrupted studies left in staging/; only for a study that runs alone on DIR.
+    void clear_staging() const;
     // A new staging folder holding the case's scenario.json; unique to this process.
     std::string stage(const StudyCase& c);
     // Records a failure that left no result.json (a dead worker, a refused case).

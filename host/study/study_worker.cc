@@ -87,11 +87,6 @@ WorkerOptions parse_worker_arguments(const std::vector<std::string>& args) {
     return options;
 }
 
-void run_case_folder(const std::string& folder, const std::string& extension_path) {
-    ExtensionLibrary library(extension_path.empty() ? find_default_extension() : extension_path);
-    run_case(folder, library);
-}
-
 int run_study_worker(const std::vector<std::string>& args) {
     try {
         const WorkerOptions options = parse_worker_arguments(args);

@@ -22,9 +22,6 @@ struct WorkerOptions {
 std::vector<std::string> worker_arguments(const WorkerOptions& options);
 WorkerOptions parse_worker_arguments(const std::vector<std::string>& args);
 
-// Runs one case folder; exposed for tests that drive a case without a worker process.
-void run_case_folder(const std::string& folder, const std::string& extension_path);
-
 // args: what follows "study-worker" on the command line. Returns the exit status.
 int run_study_worker(const std::vector<std::string>& args);
 
