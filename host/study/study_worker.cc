@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
@@ -90,6 +91,8 @@ WorkerOptions parse_worker_arguments(const std::vector<std::string>& args) {
 int run_study_worker(const std::vector<std::string>& args) {
     try {
         const WorkerOptions options = parse_worker_arguments(args);
+        // Warm engines from our libeng unless the user turned them off (TAMLO_ENG_WARM=0).
+        ::setenv("TAMLO_ENG_WARM", "1", 0);
         ExtensionLibrary library(options.extension.empty() ? find_default_extension() : options.extension);
         set_call_timeout(options.call_timeout);
         // The study reads our standard output; nothing else may write there.

@@ -31,8 +31,10 @@ constexpr int template_ready_timeout_ms = 120000;
 constexpr int fork_reply_timeout_ms = 10000;
 
 bool warm_engines_wanted() {
+    // Off unless asked for: a forked engine is the template's child, not the host's, which a
+    // host that waits for its engine's exit status would notice.
     const char* setting = std::getenv("TAMLO_ENG_WARM");
-    return setting == nullptr || std::strcmp(setting, "0") != 0;
+    return setting != nullptr && std::strcmp(setting, "1") == 0;
 }
 
 bool wait_readable(int fd, int timeout_ms) {
