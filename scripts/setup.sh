@@ -10,6 +10,7 @@ packages=(
   valgrind
   lintian dpkg-dev g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64
   clang-14 libfuzzer-14-dev
+  slurm-wlm munge
 )
 
 missing=()

@@ -43,6 +43,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "engine_template.h"
 #include "frame_io.h"
 #include "mx_wire.h"
 
@@ -606,7 +607,9 @@ Engine* open_engine(int* retstatus) {
     int sv[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sv) != 0) return fail(status_spawn_failed);
     SpawnSetup setup;
-    pid_t pid = setup.prepare(sv[1]) ? setup.spawn(server) : -1;
+    // A fork of this process's warm template engine when it can; else an engine of its own.
+    pid_t pid = -1;
+    if (!tamlo::eng::open_warm_engine(server, sv[1], pid)) pid = setup.prepare(sv[1]) ? setup.spawn(server) : -1;
     ::close(sv[1]);
     if (pid < 0) {
         ::close(sv[0]);

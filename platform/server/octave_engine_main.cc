@@ -24,6 +24,7 @@
 #include <sstream>
 #include <string>
 
+#include "engine_template_server.h"
 #include "frame_io.h"
 #include "octave_codec.h"
 #include "wire_codec.h"
@@ -365,7 +366,8 @@ int main(int argc, char** argv) {
         status = 0;
         // Tells the client that the interpreter is ready.
         if (!tamlo::wire::send_frame(sock, Writer(Kind::ok).finish())) ::_exit(0);
-        Server server(interp, sock);
+        // A template forks a fresh engine per open; only its forks go on to serve.
+        Server server(interp, tamlo::server::template_requested(argc, argv) ? tamlo::server::serve_engine_forks(sock) : sock);
         status = server.run();
         ::close(sock);
         std::cout.flush();

@@ -1,0 +1,74 @@
+// Studies: cases per minute for 200 short cases with warm engine opens against a cold start per
+// case, on one and two workers; and one engine open, warm against cold.
+#include <benchmark/benchmark.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "engine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int study_cases = 200;
+
+// 200 cases of 24 steps of the minimal fixture strategy, told apart by the battery size only.
+std::string write_bench_study() {
+    const fs::path dir = fs::temp_directory_path() / "tamlo_study_bench";
+    fs::create_directories(dir);
+    std::string values;
+    for (int i = 0; i < study_cases; ++i) values += (i > 0 ? ", " : "") + std::to_string(100 + i);
+    std::ofstream(dir / "study.json")
+        << "{\"scenario\": \"" TAMLO_SOURCE_DIR "/tests/host/fixture_scenario.json\", \"steps\": 24, \"vary\": ["
+        << "{\"name\": \"battery\", \"path\": \"batteries[0].battery_bank_maximum_absolute_soc\", \"values\": ["
+        << values << "]}]}\n";
+    return dir.string();
+}
+
+void run_study(benchmark::State& state, int jobs, bool warm) {
+    const std::string dir = write_bench_study();
+    const std::string command = std::string(warm ? "" : "TAMLO_ENG_WARM=0 ") + TAMLO_BENCH_PROGRAM " study " + dir +
+                                "/study.json --out " + dir + "/out --quiet --jobs " + std::to_string(jobs) +
+                                " --extension " TAMLO_EXTENSION_LIBRARY " > /dev/null";
+    double seconds = 0.0;
+    for (auto _ : state) {
+        fs::remove_all(dir + "/out");
+        const auto start = std::chrono::steady_clock::now();
+        const int status = std::system(command.c_str());
+        seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) state.SkipWithError("the study failed");
+    }
+    state.counters["cases_per_minute"] = 60.0 * study_cases / seconds;
+}
+
+void engine_open(benchmark::State& state, bool warm) {
+    setenv("TAMLO_ENG_WARM", warm ? "1" : "0", 1);
+    if (warm) engClose(engOpenSingleUse("", nullptr, nullptr));  // the template's own start
+    for (auto _ : state) {
+        int status = 0;
+        Engine* engine = engOpenSingleUse("", nullptr, &status);
+        if (engine == nullptr) {
+            state.SkipWithError("the engine did not start");
+            break;
+        }
+        state.PauseTiming();
+        engClose(engine);
+        state.ResumeTiming();
+    }
+}
+
+BENCHMARK_CAPTURE(engine_open, cold, false)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(20);
+BENCHMARK_CAPTURE(engine_open, warm, true)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(50);
+BENCHMARK_CAPTURE(run_study, cold_jobs_1, 1, false)->Unit(benchmark::kSecond)->UseRealTime()->Iterations(1);
+BENCHMARK_CAPTURE(run_study, warm_jobs_1, 1, true)->Unit(benchmark::kSecond)->UseRealTime()->Iterations(1);
+BENCHMARK_CAPTURE(run_study, warm_jobs_2, 2, true)->Unit(benchmark::kSecond)->UseRealTime()->Iterations(1);
+
+}  // namespace
+
+BENCHMARK_MAIN();

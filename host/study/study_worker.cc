@@ -1,0 +1,123 @@
+// The study worker: loads the extension once, then runs case after case as the study hands
+// them over its standard input.
+#include "study_worker.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <memory>
+
+#include "case_result.h"
+#include "extension_library.h"
+#include "input_error.h"
+#include "report.h"
+#include "results_csv.h"
+#include "run.h"
+#include "scenario.h"
+
+namespace tamlo_host {
+
+namespace {
+
+void write_text(const std::string& file, const std::string& text) {
+    std::ofstream out(file, std::ios::binary);
+    out << text;
+    if (!out.flush()) throw InputError(file + ": cannot write the file");
+}
+
+// Our libeng's limit for every engine opened later in this process; MATLAB's libeng has no such
+// entry point, so it is looked up at run time in the libeng the extension brought in.
+void set_call_timeout(double seconds) {
+    if (seconds <= 0.0) return;
+    using SetTimeout = int (*)(double);
+    void* libeng = ::dlopen("libeng.so", RTLD_NOW | RTLD_NOLOAD);
+    auto set = reinterpret_cast<SetTimeout>(
+        ::dlsym(libeng != nullptr ? libeng : RTLD_DEFAULT, "tamlo_engSetDefaultCallTimeout"));
+    if (set == nullptr || set(seconds) != 0) {
+        std::cerr << "dispatch-bench study-worker: this libeng has no call time limit; --call-timeout is ignored\n";
+    }
+    if (libeng != nullptr) ::dlclose(libeng);
+}
+
+void run_case(const std::string& folder, const ExtensionLibrary& library) {
+    const auto started = std::chrono::steady_clock::now();
+    const Scenario scenario = read_scenario(folder + "/scenario.json");
+    ResultsCsv results(folder + "/results.csv", scenario.parameters);
+    RunHooks hooks;
+    hooks.on_step = [&](std::size_t step, const tamlo_dispatch::SimulationState& state) { results.write(step, state); };
+    const RunOutcome outcome = run_scenario(scenario, [&] { return library.create(); }, hooks);
+    const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    write_text(folder + "/summary.txt", format_summary(scenario, outcome));
+    write_text(folder + "/result.json", case_result_to_json(case_result_from_run(outcome, wall)).dump(2) + "\n");
+}
+
+}  // namespace
+
+std::vector<std::string> worker_arguments(const WorkerOptions& options) {
+    std::vector<std::string> args;
+    if (!options.extension.empty()) args.insert(args.end(), {"--extension", options.extension});
+    if (options.call_timeout > 0.0) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%.17g", options.call_timeout);
+        args.insert(args.end(), {"--call-timeout", text});
+    }
+    return args;
+}
+
+WorkerOptions parse_worker_arguments(const std::vector<std::string>& args) {
+    WorkerOptions options;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const bool has_value = i + 1 < args.size();
+        if (args[i] == "--extension" && has_value) {
+            options.extension = args[++i];
+        } else if (args[i] == "--call-timeout" && has_value) {
+            char* end = nullptr;
+            options.call_timeout = std::strtod(args[++i].c_str(), &end);
+            if (end == args[i].c_str() || *end != '\0' || !(options.call_timeout >= 0.0)) {
+                throw InputError("study-worker: --call-timeout: expected seconds, found \"" + args[i] + "\"");
+            }
+        } else {
+            throw InputError("study-worker: unexpected argument \"" + args[i] + "\"");
+        }
+    }
+    return options;
+}
+
+int run_study_worker(const std::vector<std::string>& args) {
+    try {
+        const WorkerOptions options = parse_worker_arguments(args);
+        // Warm engines from our libeng unless the user turned them off (TAMLO_ENG_WARM=0).
+        ::setenv("TAMLO_ENG_WARM", "1", 0);
+        ExtensionLibrary library(options.extension.empty() ? find_default_extension() : options.extension);
+        set_call_timeout(options.call_timeout);
+        // The study reads our standard output; nothing else may write there.
+        const int replies = ::dup(STDOUT_FILENO);
+        ::dup2(STDERR_FILENO, STDOUT_FILENO);
+        std::FILE* out = ::fdopen(replies, "w");
+        if (out == nullptr) throw InputError("study-worker: cannot open its reply stream");
+        std::string folder;
+        while (std::getline(std::cin, folder)) {
+            if (folder.empty()) continue;
+            try {
+                run_case(folder, library);
+            } catch (const InputError& e) {
+                // Written before the case started: the study records it as the case's failure.
+                std::ofstream(folder + "/worker_error.txt") << e.what() << '\n';
+            }
+            std::fputs("done\n", out);
+            std::fflush(out);
+        }
+        std::fclose(out);
+        return 0;
+    } catch (const InputError& e) {
+        std::cerr << "dispatch-bench study-worker: " << e.what() << '\n';
+        return 2;
+    }
+}
+
+}  // namespace tamlo_host

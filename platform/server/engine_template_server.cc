@@ -1,0 +1,93 @@
+// Forks fresh engines from an octave-engine whose interpreter has started and run nothing.
+#include "engine_template_server.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+#include "frame_io.h"
+#include "wire_codec.h"
+
+namespace tamlo::server {
+
+namespace {
+
+// The engine socket that came with one request byte, or -1 when the host is gone.
+int receive_engine_socket(int template_fd) {
+    char byte = 0;
+    iovec io{&byte, 1};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
+    msghdr message{};
+    message.msg_iov = &io;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    for (;;) {
+        const ssize_t n = ::recvmsg(template_fd, &message, MSG_CMSG_CLOEXEC);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return -1;
+        const cmsghdr* c = CMSG_FIRSTHDR(&message);
+        if (c != nullptr && c->cmsg_level == SOL_SOCKET && c->cmsg_type == SCM_RIGHTS &&
+            c->cmsg_len == CMSG_LEN(sizeof(int))) {
+            int fd = -1;
+            std::memcpy(&fd, CMSG_DATA(c), sizeof(int));
+            return fd;
+        }
+        return -2;  // a request without a socket: answer it with a failure
+    }
+}
+
+bool send_pid(int template_fd, std::int32_t pid) {
+    std::size_t sent = 0;
+    while (sent < sizeof pid) {
+        const ssize_t n = ::write(template_fd, reinterpret_cast<const char*>(&pid) + sent, sizeof pid - sent);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        sent += static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool template_requested(int argc, char** argv) {
+    for (int k = 1; k + 1 < argc; ++k) {
+        if (std::strcmp(argv[k], "--template") == 0) return std::strcmp(argv[k + 1], "0") != 0;
+    }
+    return false;
+}
+
+int serve_engine_forks(int template_fd) {
+    // Forks are reaped by the system: the host that uses them is not their parent.
+    ::signal(SIGCHLD, SIG_IGN);
+    const pid_t template_pid = ::getpid();
+    for (;;) {
+        const int engine_fd = receive_engine_socket(template_fd);
+        if (engine_fd == -1) ::_exit(0);
+        if (engine_fd == -2) {
+            if (!send_pid(template_fd, -1)) ::_exit(0);
+            continue;
+        }
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            ::close(template_fd);
+            // The user's code may wait for its own children (system, popen).
+            ::signal(SIGCHLD, SIG_DFL);
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            if (::getppid() != template_pid) ::_exit(1);
+            ::fcntl(engine_fd, F_SETFD, 0);
+            if (!tamlo::wire::send_frame(engine_fd, tamlo::wire::Writer(tamlo::wire::Kind::ok).finish())) ::_exit(0);
+            return engine_fd;
+        }
+        ::close(engine_fd);
+        if (!send_pid(template_fd, pid > 0 ? static_cast<std::int32_t>(pid) : -1)) ::_exit(0);
+    }
+}
+
+}  // namespace tamlo::server

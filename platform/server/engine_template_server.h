@@ -1,0 +1,18 @@
+// The template side of warm engines: after the interpreter has started, the process forks one
+// fresh engine per request instead of serving requests itself.
+#ifndef TAMLO_PLATFORM_ENGINE_TEMPLATE_SERVER_H
+#define TAMLO_PLATFORM_ENGINE_TEMPLATE_SERVER_H
+
+namespace tamlo::server {
+
+// True when the command line carries "--template 1".
+bool template_requested(int argc, char** argv);
+
+// Serves fork requests on template_fd; returns only in a fork, with the fork's own engine
+// socket, after telling its client that the engine is ready. The template itself leaves when
+// template_fd ends.
+int serve_engine_forks(int template_fd);
+
+}  // namespace tamlo::server
+
+#endif
