@@ -3,13 +3,9 @@ if(TARGET tamlo_bench_study AND TARGET tamlo_matlab_dispatch AND TARGET tamlo_en
   add_executable(study_bench ${CMAKE_CURRENT_LIST_DIR}/study_bench.cc)
   tamlo_target_defaults(study_bench)
   target_link_libraries(study_bench PRIVATE tamlo::eng benchmark::benchmark)
-  # The program that runs the studies; study-main until dispatch-bench's command line has "study".
-  if(NOT TAMLO_STUDY_PROGRAM_TARGET)
-    set(TAMLO_STUDY_PROGRAM_TARGET dispatch-bench)
-  endif()
-  add_dependencies(study_bench ${TAMLO_STUDY_PROGRAM_TARGET} tamlo_matlab_dispatch octave-engine)
+  add_dependencies(study_bench dispatch-bench tamlo_matlab_dispatch octave-engine)
   target_compile_definitions(study_bench PRIVATE
     TAMLO_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
-    TAMLO_BENCH_PROGRAM="$<TARGET_FILE:${TAMLO_STUDY_PROGRAM_TARGET}>"
+    TAMLO_BENCH_PROGRAM="$<TARGET_FILE:dispatch-bench>"
     TAMLO_EXTENSION_LIBRARY="$<TARGET_FILE:tamlo_matlab_dispatch>")
 endif()

@@ -1,12 +1,15 @@
 // Builds the bench's CLI11 app from its commands, parses, and runs the chosen command.
 #include "command_line.h"
 
+#include <string_view>
+
 #include <CLI/CLI.hpp>
 
 #include "build_version.h"
 #include "check_command.h"
 #include "input_error.h"
 #include "run_command.h"
+#include "study_command_line.h"
 
 namespace tamlo_host {
 
@@ -16,7 +19,7 @@ const char* const exit_status_help =
 namespace {
 
 // Every command of the bench; a new one adds its add function here.
-constexpr AddCommand commands[] = {add_run_command, add_check_command};
+constexpr AddCommand commands[] = {add_run_command, add_check_command, add_study_command, add_study_worker_command};
 
 }  // namespace
 
@@ -35,6 +38,15 @@ int run_command_line(int argc, const char* const* argv, std::ostream& out, std::
         added.push_back(add(app));
         // A command whose statuses mean something else says so in its own footer.
         if (added.back().subcommand->get_footer().empty()) added.back().subcommand->footer(exit_status_help);
+    }
+    for (const Command& command : added) {
+        if (command.rest_option == nullptr || argc < 2 || command.subcommand->get_name() != argv[1]) continue;
+        for (int k = 2; k < argc; ++k) {
+            if (std::string_view(argv[k]) != command.rest_option) continue;
+            command.rest->assign(argv + k + 1, argv + argc);
+            argc = k + 1;
+            break;
+        }
     }
     try {
         app.parse(argc, argv);

@@ -3,8 +3,10 @@
 #define TAMLO_HOST_COMMAND_LINE_H
 
 #include <functional>
+#include <memory>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -28,6 +30,10 @@ extern const char* const exit_status_help;
 struct Command {
     CLI::App* subcommand = nullptr;
     std::function<int()> run;
+    // An option after which every word belongs to another program (sbatch's options after
+    // study's --slurm): they are not parsed, but handed over in rest; the option stays a flag.
+    const char* rest_option = nullptr;
+    std::shared_ptr<std::vector<std::string>> rest;
 };
 using AddCommand = Command (*)(CLI::App& app);
 

@@ -37,37 +37,6 @@ struct RunOptions {
     bool quiet = false;
 };
 
-// Options are read as text and checked here, because CLI11's own conversion accepts
-// hexadecimal and octal and clamps values that overflow.
-CLI::Validator whole_number(std::uint64_t least, std::uint64_t most) {
-    return CLI::Validator(
-        [least, most](std::string& text) -> std::string {
-            std::uint64_t value = 0;
-            const NumberText read = parse_whole(text, std::numeric_limits<std::uint64_t>::max(), value);
-            if (read == NumberText::not_a_number) return "expected a whole number, found \"" + display_text(text) + "\"";
-            if (read == NumberText::out_of_range || value < least || value > most) {
-                return display_text(text) + " is out of range; expected " + std::to_string(least) + " to " +
-                       std::to_string(most);
-            }
-            return "";
-        },
-        std::to_string(least) + ".." + std::to_string(most));
-}
-
-const CLI::Validator seconds(
-    [](std::string& text) -> std::string {
-        double value = 0;
-        const NumberText read = parse_decimal(text, value);
-        if (read == NumberText::not_a_number) {
-            return "expected a number of seconds, found \"" + display_text(text) + "\"";
-        }
-        if (read == NumberText::out_of_range || !(value >= 0 && value <= largest_call_timeout_seconds)) {
-            return display_text(text) + " is out of range; expected 0 (no limit) to 604800 seconds (a week)";
-        }
-        return "";
-    },
-    "");
-
 std::uint64_t whole(const std::string& text) {
     std::uint64_t value = 0;
     parse_whole(text, std::numeric_limits<std::uint64_t>::max(), value);
@@ -160,6 +129,37 @@ void check_output_file(const std::string& option, const std::string& file, const
     }
 }
 
+// Options are read as text and checked here, because CLI11's own conversion accepts
+// hexadecimal and octal and clamps values that overflow.
+CLI::Validator whole_number(std::uint64_t least, std::uint64_t most) {
+    return CLI::Validator(
+        [least, most](std::string& text) -> std::string {
+            std::uint64_t value = 0;
+            const NumberText read = parse_whole(text, std::numeric_limits<std::uint64_t>::max(), value);
+            if (read == NumberText::not_a_number) return "expected a whole number, found \"" + display_text(text) + "\"";
+            if (read == NumberText::out_of_range || value < least || value > most) {
+                return display_text(text) + " is out of range; expected " + std::to_string(least) + " to " +
+                       std::to_string(most);
+            }
+            return "";
+        },
+        std::to_string(least) + ".." + std::to_string(most));
+}
+
+const CLI::Validator call_timeout_seconds(
+    [](std::string& text) -> std::string {
+        double value = 0;
+        const NumberText read = parse_decimal(text, value);
+        if (read == NumberText::not_a_number) {
+            return "expected a number of seconds, found \"" + display_text(text) + "\"";
+        }
+        if (read == NumberText::out_of_range || !(value >= 0 && value <= largest_call_timeout_seconds)) {
+            return display_text(text) + " is out of range; expected 0 (no limit) to 604800 seconds (a week)";
+        }
+        return "";
+    },
+    "");
+
 Command add_run_command(CLI::App& app) {
     auto options = std::make_shared<RunOptions>();
     CLI::App* run_app = app.add_subcommand(
@@ -185,9 +185,9 @@ Command add_run_command(CLI::App& app) {
                         "Longest time one MATLAB call may take before the engine is stopped and the run ends in a "
                         "critical error; 0: no limit (default 600)")
         ->type_name("SECONDS")
-        ->check(seconds);
+        ->check(call_timeout_seconds);
     run_app->add_flag("--quiet", options->quiet, "No progress bar");
-    return {run_app, [options] { return run(*options); }};
+    return {run_app, [options] { return run(*options); }, nullptr, nullptr};
 }
 
 }  // namespace tamlo_host

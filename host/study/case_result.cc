@@ -20,12 +20,8 @@ struct FailureSign {
     CaseStatus status;
 };
 constexpr FailureSign failure_signs[] = {
-    {"time limit", CaseStatus::timed_out},
-    {"timed out", CaseStatus::timed_out},
-    {"engine died", CaseStatus::engine_died},
-    {"engine exited", CaseStatus::engine_died},
-    {"engine was killed", CaseStatus::engine_died},
-    {"engine is gone", CaseStatus::engine_died},
+    {"past its time limit", CaseStatus::timed_out},
+    {"engine process has ended", CaseStatus::engine_died},
     {"Can't start MATLAB engine", CaseStatus::engine_died},
 };
 

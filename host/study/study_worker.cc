@@ -2,7 +2,6 @@
 // them over its standard input.
 #include "study_worker.h"
 
-#include <dlfcn.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -32,16 +31,13 @@ void write_text(const std::string& file, const std::string& text) {
 
 // Our libeng's limit for every engine opened later in this process; MATLAB's libeng has no such
 // entry point, so it is looked up at run time in the libeng the extension brought in.
-void set_call_timeout(double seconds) {
+void set_call_timeout(const ExtensionLibrary& library, double seconds) {
     if (seconds <= 0.0) return;
     using SetTimeout = int (*)(double);
-    void* libeng = ::dlopen("libeng.so", RTLD_NOW | RTLD_NOLOAD);
-    auto set = reinterpret_cast<SetTimeout>(
-        ::dlsym(libeng != nullptr ? libeng : RTLD_DEFAULT, "tamlo_engSetDefaultCallTimeout"));
+    const auto set = reinterpret_cast<SetTimeout>(library.engine_symbol("tamlo_engSetDefaultCallTimeout"));
     if (set == nullptr || set(seconds) != 0) {
         std::cerr << "dispatch-bench study-worker: this libeng has no call time limit; --call-timeout is ignored\n";
     }
-    if (libeng != nullptr) ::dlclose(libeng);
 }
 
 void run_case(const std::string& folder, const ExtensionLibrary& library) {
@@ -94,7 +90,7 @@ int run_study_worker(const std::vector<std::string>& args) {
         // Warm engines from our libeng unless the user turned them off (TAMLO_ENG_WARM=0).
         ::setenv("TAMLO_ENG_WARM", "1", 0);
         ExtensionLibrary library(options.extension.empty() ? find_default_extension() : options.extension);
-        set_call_timeout(options.call_timeout);
+        set_call_timeout(library, options.call_timeout);
         // The study reads our standard output; nothing else may write there.
         const int replies = ::dup(STDOUT_FILENO);
         ::dup2(STDERR_FILENO, STDOUT_FILENO);
