@@ -103,8 +103,8 @@ TEST(StudyExpansion, BadStudiesNameTheFileAndJsonPath) {
          ": vary[0].path: batteries[3] is not there: the list has 1 entries in " + fixtures + "/scenario.json"},
         {study_text("{\"name\": \"b\", \"path\": \"batteries[0].battery_bank_maximum_absolute_soc\", "
                     "\"values\": [100, \"big\"]}"),
-         ": vary[0].values[1]: the scenario refuses it: batteries[0].battery_bank_maximum_absolute_soc: expected a "
-         "number"},
+         ": vary[0].values[1]: the scenario refuses it: batteries[0].battery_bank_maximum_absolute_soc: expected an "
+         "energy from 0 to 1e10 kWh, found the text \"big\""},
         {study_text("{\"name\": \"b\", \"path\": \"batteries[0].colour\", \"values\": [1]}"),
          ": vary[0].values[0]: the scenario refuses it: batteries[0].colour: unknown field"},
         {study_text("{\"name\": \"b\", \"path\": \"batteries[x]\", \"values\": [1]}"),
