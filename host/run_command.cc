@@ -71,7 +71,7 @@ std::optional<std::string> engine_search_places(const ExtensionLibrary& library)
     return std::string(text != nullptr ? text : "");
 }
 
-void write_summary_json(const std::string& file, const nlohmann::json& summary) {
+void write_summary_json(const std::string& file, const nlohmann::ordered_json& summary) {
     std::ofstream out(file);
     out << summary.dump(2) << '\n';
     out.close();

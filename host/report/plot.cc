@@ -147,7 +147,7 @@ std::string WeekPlot::script(const std::string& data_file, const std::string& pn
     std::string s;
     s += "set terminal pngcairo size 1400,700 noenhanced\n";
     s += "set output '" + png_file + "'\n";
-    s += "set xlabel 'hour of the week'\nset ylabel 'kW'\nset key outside right\nset grid\n";
+    s += "set xlabel 'hour of the week'\nset ylabel 'kW'\nset key outside right\nset grid\nset autoscale xfix\n";
     if (has_battery_) s += "set y2label 'battery state of charge (%)'\nset y2range [0:100]\nset ytics nomirror\nset y2tics\n";
     s += "plot ";
     for (std::size_t i = 0; i < source_names_.size(); ++i) {
@@ -248,7 +248,7 @@ std::string YearPlot::script(const std::string& month_file, const std::string& c
          (source_names_.empty() ? ":xtic(1)" : "") + " lc rgb 'red' title 'unmet load'\n";
     if (has_battery_) {
         s += "set title 'battery state of charge'\nset style data lines\nset xlabel 'day of the run'\n"
-             "set ylabel 'state of charge (%)'\nset yrange [0:100]\nset grid xtics ytics\nset key off\n";
+             "set ylabel 'state of charge (%)'\nset yrange [0:100]\nset autoscale xfix\nset grid xtics ytics\nset key off\n";
         s += "plot '" + charge_file + "' using 1:2 with lines lw 1 lc rgb 'dark-blue'\n";
         s += "unset multiplot\n";
     }

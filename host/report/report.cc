@@ -166,8 +166,8 @@ std::string format_summary(const RunSummary& r, const std::optional<std::string>
     return s;
 }
 
-nlohmann::json summary_to_json(const RunSummary& r, double wall_seconds) {
-    using nlohmann::json;
+nlohmann::ordered_json summary_to_json(const RunSummary& r, double wall_seconds) {
+    using json = nlohmann::ordered_json;  // keys in the order of the text summary
     json j;
     j["scenario"] = r.scenario_file;
     j["steps_run"] = r.steps_shown;

@@ -74,7 +74,7 @@ std::string format_summary(const RunSummary& summary, const std::optional<std::s
 std::string format_summary(const Scenario& scenario, const RunOutcome& outcome);
 
 // The summary's figures as JSON (docs/user_guide.md names the keys), with the run's wall time.
-nlohmann::json summary_to_json(const RunSummary& summary, double wall_seconds);
+nlohmann::ordered_json summary_to_json(const RunSummary& summary, double wall_seconds);
 
 }  // namespace tamlo_host
 
