@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <limits>
 #include <memory>
@@ -33,6 +35,8 @@ struct RunOptions {
     std::string results_file;
     std::string plot_file;
     std::string week = "1";
+    std::string year_plot_file;
+    std::string summary_file;
     std::string call_timeout;
     bool quiet = false;
 };
@@ -67,14 +71,26 @@ std::optional<std::string> engine_search_places(const ExtensionLibrary& library)
     return std::string(text != nullptr ? text : "");
 }
 
+void write_summary_json(const std::string& file, const nlohmann::ordered_json& summary) {
+    std::ofstream out(file);
+    out << summary.dump(2) << '\n';
+    out.close();
+    if (!out) throw InputError("--summary-json " + display_text(file) + ": cannot write the file");
+}
+
 int run(const RunOptions& options) {
     std::optional<std::uint64_t> steps;
     if (!options.steps.empty()) steps = whole(options.steps);
     const Scenario scenario = read_scenario(options.scenario, steps);
-    check_output_file("--out", options.results_file, scenario.input_files);
-    std::vector<InputFile> inputs_and_results = scenario.input_files;
-    if (!options.results_file.empty()) inputs_and_results.push_back({options.results_file, "the --out file"});
-    check_output_file("--plot", options.plot_file, inputs_and_results);
+    // Each output is checked against the inputs and the outputs named before it.
+    std::vector<InputFile> taken = scenario.input_files;
+    for (const auto& [option, file] : {std::pair<const char*, const std::string&>{"--out", options.results_file},
+                                       {"--plot", options.plot_file},
+                                       {"--plot-year", options.year_plot_file},
+                                       {"--summary-json", options.summary_file}}) {
+        check_output_file(option, file, taken);
+        if (!file.empty()) taken.push_back({file, std::string("the ") + option + " file"});
+    }
 
     const std::string library_path = options.extension.empty() ? find_default_extension() : options.extension;
     ExtensionLibrary library(library_path);
@@ -86,20 +102,28 @@ int run(const RunOptions& options) {
     if (!options.results_file.empty()) results.emplace(options.results_file, scenario.parameters);
     std::optional<WeekPlot> plot;
     if (!options.plot_file.empty()) plot.emplace(scenario.parameters, whole(options.week));
+    std::optional<YearPlot> year_plot;
+    if (!options.year_plot_file.empty()) year_plot.emplace(scenario.parameters);
 
     ProgressBar progress(stderr, !options.quiet && stream_is_terminal(stderr));
     RunHooks hooks;
     hooks.on_step = [&](std::size_t step, const tamlo_dispatch::SimulationState& state) {
         if (results) results->write(step, state);
         if (plot) plot->record(step, state);
+        if (year_plot) year_plot->record(step, state);
     };
     hooks.on_progress = [&](std::size_t done, std::size_t total) { progress.update(done, total); };
 
+    const auto started = std::chrono::steady_clock::now();
     RunOutcome outcome = run_scenario(scenario, [&] { return library.create(); }, hooks);
+    const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - started;
     progress.finish();
     outcome.engine_search_places = engine_search_places(library);
-    std::cout << format_summary(scenario, outcome) << std::flush;
+    const RunSummary summary = summarize(scenario, outcome);
+    std::cout << format_summary(summary, outcome.engine_search_places) << std::flush;
+    if (!options.summary_file.empty()) write_summary_json(options.summary_file, summary_to_json(summary, wall.count()));
     if (plot) plot->write_png(options.plot_file);
+    if (year_plot) year_plot->write_png(options.year_plot_file);
     return outcome.critical ? exit_critical : exit_completed;
 }
 
@@ -180,6 +204,13 @@ Command add_run_command(CLI::App& app) {
         ->type_name("K")
         ->check(whole_number(1, largest_exact_count))
         ->needs(plot);
+    run_app->add_option("--plot-year", options->year_plot_file,
+                        "Draw the run at a glance as a PNG with gnuplot: energy by source and unmet load per month, "
+                        "battery state of charge")
+        ->type_name("FILE");
+    run_app->add_option("--summary-json", options->summary_file,
+                        "Write the summary's figures, errors and warnings as JSON (docs/user_guide.md names the keys)")
+        ->type_name("FILE");
     options->call_timeout = std::to_string(static_cast<int>(default_call_timeout_seconds));
     run_app->add_option("--call-timeout", options->call_timeout,
                         "Longest time one MATLAB call may take before the engine is stopped and the run ends in a "

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "extension_library.h"
@@ -49,6 +50,59 @@ TEST(BenchProgram, ShortRunMatchesTheGoldenSummary) {
     EXPECT_EQ(result.output, read_text(TAMLO_SOURCE_DIR "/tests/host/golden/fixture_48_steps.txt"));
 }
 
+bool is_png(const std::string& file) {
+    const std::string head = read_text(file).substr(0, 8);
+    return head == "\x89PNG\r\n\x1a\n";
+}
+
+// The terminal line of a figure, as format_summary writes it.
+std::string summary_line(const std::string& label, double value, int decimals = 1) {
+    char text[128];
+    std::snprintf(text, sizeof text, "  %-26s%.*f", label.c_str(), decimals, value);
+    return text;
+}
+
+TEST(BenchProgram, SummaryJsonHoldsTheFiguresOfTheTerminalSummaryAndThePlotsArePngs) {
+    const std::string json_file = testing::TempDir() + "bench_summary.json";
+    const std::string week_png = testing::TempDir() + "bench_week.png";
+    const std::string year_png = testing::TempDir() + "bench_year.png";
+    std::filesystem::remove(week_png);
+    std::filesystem::remove(year_png);
+    const ProgramResult result =
+        run_program("run tests/host/fixture_scenario.json --steps 48 --quiet --summary-json " + json_file +
+                    " --plot " + week_png + " --plot-year " + year_png +
+                    " --extension " TAMLO_EXTENSION_LIBRARY " 2>/dev/null");
+    ASSERT_EQ(result.status, 0) << result.output;
+    const nlohmann::json j = nlohmann::json::parse(read_text(json_file));
+    struct Figure {
+        std::string label;
+        double value;
+        int decimals;
+    };
+    for (const Figure& f : {Figure{"served", j["load_kwh"]["served"].get<double>(), 1},
+                            Figure{"unmet", j["load_kwh"]["unmet"].get<double>(), 1},
+                            Figure{"PV", j["pv_kwh"].get<double>(), 1},
+                            Figure{"throughput", j["battery_kwh"]["throughput"].get<double>(), 1},
+                            Figure{"bought (kWh)", j["grid"]["bought_kwh"].get<double>(), 1},
+                            Figure{"net cost", j["grid"]["net_cost"].get<double>(), 2},
+                            Figure{"renewable fraction", 100 * j["renewable_fraction"].get<double>(), 1}}) {
+        EXPECT_NE(result.output.find(summary_line(f.label, f.value, f.decimals) + (f.label == "renewable fraction" ? " %\n" : "\n")),
+                  std::string::npos)
+            << f.label << " " << f.value << "\n" << result.output;
+    }
+    EXPECT_EQ(j["steps_run"], 48);
+    EXPECT_EQ(j["generators"][0]["name"], "Diesel");
+    EXPECT_EQ(j["warnings_by_rule"]["B3"]["count"], 5);
+    EXPECT_EQ(j["warnings"].size(), 12u);
+    EXPECT_TRUE(j["errors"].empty());
+    EXPECT_TRUE(j["stopped_at_step"].is_null());
+    EXPECT_EQ(j["start_error"]["severity"], "none");
+    EXPECT_EQ(j["result"], "completed");
+    EXPECT_GT(j["wall_seconds"].get<double>(), 0);
+    EXPECT_TRUE(is_png(week_png));
+    EXPECT_TRUE(is_png(year_png));
+}
+
 TEST(BenchProgram, WritesOneResultLinePerStep) {
     const std::string csv = testing::TempDir() + "bench_results.csv";
     const ProgramResult result = run_program("run tests/host/fixture_scenario.json --steps 5 --quiet --out " + csv +
@@ -79,9 +133,16 @@ TEST(BenchProgram, CriticalErrorSaysWhereTheRunStoppedAndExitsWithStatusOne) {
         text.replace(at, 14, TAMLO_SOURCE_DIR "/examples");
     }
     std::ofstream(scenario) << text;
-    const ProgramResult result =
-        run_program("run " + scenario + " --steps 3 --quiet --extension " TAMLO_EXTENSION_LIBRARY " 2>/dev/null");
+    const std::string json_file = testing::TempDir() + "critical_summary.json";
+    const ProgramResult result = run_program("run " + scenario + " --steps 3 --quiet --summary-json " + json_file +
+                                             " --extension " TAMLO_EXTENSION_LIBRARY " 2>/dev/null");
     EXPECT_EQ(result.status, 1);
+    const nlohmann::json j = nlohmann::json::parse(read_text(json_file));
+    EXPECT_EQ(j["stopped_at_step"], 1);
+    EXPECT_EQ(j["steps_run"], 0);
+    EXPECT_EQ(j["result"], "critical error");
+    ASSERT_FALSE(j["errors"].empty());
+    EXPECT_NE(result.output.find("critical error: " + j["errors"].back().get<std::string>() + "\n"), std::string::npos);
     EXPECT_EQ(result.output.rfind("Scenario " + scenario + ": 0 of 3 time steps of 3600 s\nStopped at time step 1 of 3 "
                                   "(no decisions came back from it on): critical error: MATLAB error while executing "
                                   "'[new_simulation_state, custom_variables] = no_such_dispatch(",

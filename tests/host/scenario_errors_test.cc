@@ -300,7 +300,16 @@ INSTANTIATE_TEST_SUITE_P(
                        "first\n"},
         BadCommandLine{"plot in a missing folder", "--plot {dir}/missing/week.png",
                        "dispatch-bench: --plot {dir}/missing/week.png: the folder {dir}/missing does not exist; create "
-                       "it first\n"}),
+                       "it first\n"},
+        BadCommandLine{"summary over the scenario", "--summary-json {dir}/s.json",
+                       "dispatch-bench: --summary-json {dir}/s.json: this is the scenario of the run ({dir}/s.json); "
+                       "writing to it would overwrite it; choose another file\n"},
+        BadCommandLine{"year plot over the week plot", "--plot {dir}/p.png --plot-year {dir}/p.png",
+                       "dispatch-bench: --plot-year {dir}/p.png: this is the --plot file of the run ({dir}/p.png); "
+                       "writing to it would overwrite it; choose another file\n"},
+        BadCommandLine{"year plot in a missing folder", "--plot-year {dir}/missing/year.png",
+                       "dispatch-bench: --plot-year {dir}/missing/year.png: the folder {dir}/missing does not exist; "
+                       "create it first\n"}),
     [](const ::testing::TestParamInfo<BadCommandLine>& info) {
         std::string name = info.param.name;
         for (char& c : name) c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
