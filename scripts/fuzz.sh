@@ -38,7 +38,7 @@ build clang++-14 frame_fuzz -fsanitize=fuzzer -Iplatform/include -Iplatform/wire
   tests/fuzz/frame_fuzz.cc &
 frame_build=$!
 build clang++-14 scenario_fuzz -fsanitize=fuzzer -Ihost -Ihost/scenario -Iinterface -- \
-  host/scenario/*.cc tests/fuzz/scenario_fuzz.cc &
+  host/scenario/*.cc host/message_text.cc host/numbers.cc tests/fuzz/scenario_fuzz.cc &
 scenario_build=$!
 wait "$frame_build"
 wait "$scenario_build"
