@@ -47,21 +47,20 @@ std::uint64_t whole(const std::string& text) {
     return value;
 }
 
-// Extras of our libeng, looked up at run time so that the bench also runs against MATLAB's
+// An extra of our libeng, looked up at run time so that the bench also runs against MATLAB's
 // libeng, which has none (declared in platform/include/tamlo_eng_ext.h).
-using SetDefaultCallTimeout = int (*)(double);
 using ServerCandidates = const char* (*)();
 
 void apply_call_timeout(const ExtensionLibrary& library, double seconds) {
-    const auto set = reinterpret_cast<SetDefaultCallTimeout>(library.engine_symbol("tamlo_engSetDefaultCallTimeout"));
-    if (set == nullptr) {
+    const ExtensionLibrary::CallTimeout outcome = library.set_call_timeout(seconds);
+    if (outcome == ExtensionLibrary::CallTimeout::unavailable) {
         if (seconds > 0) {
             std::cerr << "dispatch-bench: this engine library has no call time limit; "
                          "a MATLAB call that never returns will hold the run\n";
         }
         return;
     }
-    if (set(seconds) != 0) throw InputError("--call-timeout: the engine library refused " + std::to_string(seconds));
+    if (outcome == ExtensionLibrary::CallTimeout::refused) throw InputError("--call-timeout: the engine library refused " + std::to_string(seconds));
 }
 
 std::optional<std::string> engine_search_places(const ExtensionLibrary& library) {

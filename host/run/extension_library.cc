@@ -45,6 +45,15 @@ void* ExtensionLibrary::engine_symbol(const char* name) const {
     return dlsym(handle_, name);
 }
 
+ExtensionLibrary::CallTimeout ExtensionLibrary::set_call_timeout(double seconds) const {
+    // Declared in platform/include/tamlo_eng_ext.h; looked up at run time so that the bench
+    // also runs against MATLAB's libeng.
+    using SetDefaultCallTimeout = int (*)(double);
+    const auto set = reinterpret_cast<SetDefaultCallTimeout>(engine_symbol("tamlo_engSetDefaultCallTimeout"));
+    if (set == nullptr) return CallTimeout::unavailable;
+    return set(seconds) == 0 ? CallTimeout::set : CallTimeout::refused;
+}
+
 std::vector<std::string> default_extension_candidates() {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);

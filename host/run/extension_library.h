@@ -24,6 +24,10 @@ public:
     // library's own handle searches what it pulled in; RTLD_DEFAULT would not, as the
     // extension is loaded RTLD_LOCAL.
     void* engine_symbol(const char* name) const;
+    enum class CallTimeout { set, unavailable, refused };
+    // Our libeng's time limit for every engine opened later in this process (0: none).
+    // unavailable with an engine library that has no such limit, such as MATLAB's own.
+    CallTimeout set_call_timeout(double seconds) const;
 
 private:
     std::string path_;

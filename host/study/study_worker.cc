@@ -29,13 +29,9 @@ void write_text(const std::string& file, const std::string& text) {
     if (!out.flush()) throw InputError(file + ": cannot write the file");
 }
 
-// Our libeng's limit for every engine opened later in this process; MATLAB's libeng has no such
-// entry point, so it is looked up at run time in the libeng the extension brought in.
 void set_call_timeout(const ExtensionLibrary& library, double seconds) {
     if (seconds <= 0.0) return;
-    using SetTimeout = int (*)(double);
-    const auto set = reinterpret_cast<SetTimeout>(library.engine_symbol("tamlo_engSetDefaultCallTimeout"));
-    if (set == nullptr || set(seconds) != 0) {
+    if (library.set_call_timeout(seconds) != ExtensionLibrary::CallTimeout::set) {
         std::cerr << "dispatch-bench study-worker: this libeng has no call time limit; --call-timeout is ignored\n";
     }
 }
