@@ -142,7 +142,7 @@ CaseChoice read_listed_case(const Json& entry, const std::string& at, const Stud
         const Variation& variation = study.variations[v];
         for (std::size_t i = 0; i < variation.values.size() && !choice[v]; ++i) {
             Json given = value;
-            resolve_files(given, fs::path(study.file).parent_path());
+            resolve_files(given, fs::absolute(study.file).parent_path());
             if (given == variation.values[i] || (value.is_string() && value.get<std::string>() == variation.labels[i])) {
                 choice[v] = i;
             }
@@ -161,7 +161,8 @@ Study read_study(const std::string& file) {
     const Json document = parse_json_file(file);
     Study study;
     study.file = file;
-    const fs::path folder = fs::absolute(fs::path(file).parent_path());
+    // absolute() first: a bare file name has an empty parent, which absolute() refuses.
+    const fs::path folder = fs::absolute(file).parent_path();
     ObjectReader top(document, "", file);
     top.require("scenario");
     std::string scenario;

@@ -84,7 +84,12 @@ TEST(StudyExpansion, ProductAndListGiveReadableUniqueIds) {
 }
 
 TEST(StudyExpansion, CaseScenarioCarriesTheValuesAndAbsolutePaths) {
-    const Study study = read_study(write_study("values", study_text(battery + "," + strategies)));
+    // Named the way a user in its folder names it: a bare file name.
+    const fs::path file = write_study("values", study_text(battery + "," + strategies));
+    const fs::path before = fs::current_path();
+    fs::current_path(file.parent_path());
+    const Study study = read_study(file.filename().string());
+    fs::current_path(before);
     const Json scenario = Json::parse(expand_study(study)[3].scenario_text);
     EXPECT_EQ(scenario["batteries"][0]["battery_bank_maximum_absolute_soc"], 250.5);
     EXPECT_EQ(scenario["extension_parameters"][0]["value"], fixtures + "/strategy_b");
