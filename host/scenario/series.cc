@@ -34,9 +34,9 @@ std::vector<std::string> split_fields(const std::string& line) {
 
 }  // namespace
 
-const SeriesStore::CsvFile& SeriesStore::load(const SeriesRef& ref) {
+const SeriesStore::CsvFile& SeriesStore::load(const SeriesRef& ref, std::size_t rows) {
     auto found = files_.find(ref.file);
-    if (found != files_.end()) return found->second;
+    if (found != files_.end() && (found->second.whole || found->second.rows.size() >= rows)) return found->second;
     const std::string shown = display_text(ref.file);
     if (std::filesystem::is_directory(ref.file)) {
         throw InputError(shown + ": is a folder; name a CSV file (named at " + ref.named_at + ")");
@@ -46,7 +46,7 @@ const SeriesStore::CsvFile& SeriesStore::load(const SeriesRef& ref) {
     CsvFile csv;
     std::string line;
     std::size_t number = 0;
-    while (std::getline(in, line)) {
+    while ((csv.header.empty() || csv.rows.size() < rows) && std::getline(in, line)) {
         ++number;
         const std::string content = trim(line);
         if (content.empty() || content[0] == '#') continue;
@@ -67,7 +67,9 @@ const SeriesStore::CsvFile& SeriesStore::load(const SeriesRef& ref) {
         csv.rows.push_back(split_fields(content));
         csv.line_numbers.push_back(number);
     }
+    csv.whole = csv.rows.size() < rows;
     if (csv.header.empty()) throw InputError(shown + ": the file has no header line of column names");
+    if (found != files_.end()) return found->second = std::move(csv);
     return files_.emplace(ref.file, std::move(csv)).first->second;
 }
 
@@ -78,7 +80,7 @@ std::vector<std::string> SeriesStore::files() const {
 }
 
 std::vector<double> SeriesStore::read(const SeriesRef& ref, std::size_t steps, const ValueRule& rule) {
-    const CsvFile& csv = load(ref);
+    const CsvFile& csv = load(ref, steps);
     const std::string shown = display_text(ref.file);
     const std::string column_name = display_text(ref.column);
     std::size_t column = csv.header.size();
@@ -97,9 +99,9 @@ std::vector<double> SeriesStore::read(const SeriesRef& ref, std::size_t steps, c
     std::vector<double> values(steps);
     for (std::size_t t = 0; t < steps; ++t) {
         const auto& row = csv.rows[t];
-        const std::string where = shown + ":" + std::to_string(csv.line_numbers[t]) + ": ";
+        const auto where = [&] { return shown + ":" + std::to_string(csv.line_numbers[t]) + ": "; };
         if (column >= row.size()) {
-            throw InputError(where + "the line has " + std::to_string(row.size()) + " fields; column \"" +
+            throw InputError(where() + "the line has " + std::to_string(row.size()) + " fields; column \"" +
                              column_name + "\" is field " + std::to_string(column + 1));
         }
         double value = 0;
@@ -107,14 +109,14 @@ std::vector<double> SeriesStore::read(const SeriesRef& ref, std::size_t steps, c
         switch (parse_decimal(field, value)) {
             case NumberText::ok: break;
             case NumberText::not_a_number:
-                throw InputError(where + "column \"" + column_name + "\": \"" + display_text(field) +
+                throw InputError(where() + "column \"" + column_name + "\": \"" + display_text(field) +
                                  "\" is not a decimal number (like 12, -0.5 or 1e5)");
             case NumberText::out_of_range:
-                throw InputError(where + "column \"" + column_name + "\": " + display_text(field) +
+                throw InputError(where() + "column \"" + column_name + "\": " + display_text(field) +
                                  " is beyond the range of numbers");
         }
         if (!rule.accepts(value)) {
-            throw InputError(where + "column \"" + column_name + "\": " + display_text(field) +
+            throw InputError(where() + "column \"" + column_name + "\": " + display_text(field) +
                              " is not allowed here; it needs " + rule.needs);
         }
         values[t] = value;

@@ -33,8 +33,11 @@ private:
         std::vector<std::string> header;
         std::vector<std::vector<std::string>> rows;
         std::vector<std::size_t> line_numbers;  // one-based line of each row
+        bool whole = false;                     // false: rows stop at the most any read needed
     };
-    const CsvFile& load(const SeriesRef& ref);
+    // Reads at least `rows` rows when the file has them; lines past those a run needs are never
+    // read, so a short run on a year of data does not pay for the year.
+    const CsvFile& load(const SeriesRef& ref, std::size_t rows);
 
     std::map<std::string, CsvFile> files_;
 };
