@@ -44,6 +44,7 @@
 #include <vector>
 
 #include "engine_template.h"
+#include "fetch_plans.h"
 #include "frame_io.h"
 #include "mx_wire.h"
 
@@ -149,10 +150,17 @@ public:
 
     int eval(const char* command) {
         start_call();
+        forget_fetched();
         if (!alive_) return report_gone();
-        request_.begin(Kind::eval);
+        // The variables fetched after this command last time come back with its reply.
+        const std::vector<std::string>& names = plans_.plan_for(command);
+        request_.begin(names.empty() ? Kind::eval : Kind::eval_then_get);
         request_.put_u32(output_length_ > 0 ? static_cast<uint32_t>(output_length_ - 1) : 0);
         request_.put_string(command);
+        if (!names.empty()) {
+            request_.put_u32(static_cast<uint32_t>(names.size()));
+            for (const std::string& name : names) request_.put_string(name);
+        }
         if (request_.too_long()) return 1;
         Kind kind{};
         if (!exchange(kind)) return report_gone();
@@ -170,11 +178,30 @@ public:
             gone(/*quit_requested=*/true);
             return report_gone();
         }
+        for (const std::string& name : names) {
+            if (!receive_reply(kind)) return report_gone();
+            Fetched f{name, nullptr};
+            if (kind == Kind::value) {
+                Reader v = reply_body();
+                f.value = tamlo::wire::get_mx_array(v);
+                if (f.value == nullptr || !v.expect_end()) {
+                    broken();
+                    return report_gone();
+                }
+            } else if (kind != Kind::no_variable && kind != Kind::error) {
+                broken();
+                return report_gone();
+            }
+            // An error frame leaves the name out: a get asks again and reports it as always.
+            if (kind != Kind::error) fetched_.push_back(std::move(f));
+        }
+        plans_.open_window(command);
         return 0;
     }
 
     int put(const char* name, const mxArray* value) {
         start_call();
+        forget_fetched();
         if (!alive_) return report_gone();
         request_.begin(Kind::put);
         request_.put_string(name);
@@ -201,6 +228,14 @@ public:
     mxArray* get(const char* name) {
         start_call();
         if (!alive_) return report_gone_quietly();
+        plans_.note_get(name);
+        // Nothing has run in the engine since the eval that brought this value.
+        for (auto f = fetched_.begin(); f != fetched_.end(); ++f) {
+            if (f->name != name) continue;
+            mxArray* value = f->value.release();
+            fetched_.erase(f);
+            return value;
+        }
         request_.begin(Kind::get);
         request_.put_string(name);
         Kind kind{};
@@ -217,6 +252,7 @@ public:
 
     // Asks the engine to leave, closes the socket and reaps the process.
     void end() {
+        forget_fetched();
         if (fd_ >= 0) {
             // A stopped engine would only be waited for in vain.
             if (alive_ && pid_ > 0 && process_stopped(pid_)) kill_now();
@@ -326,6 +362,13 @@ private:
     void remember_accepted_name(const char* name) {
         // A host puts the same few names step after step; others simply wait for their reply.
         if (accepted_names_.size() < max_accepted_names) accepted_names_.emplace_back(name);
+    }
+
+    // Values an eval brought along are only good until the next call that can change the
+    // workspace.
+    void forget_fetched() {
+        plans_.close_window();
+        fetched_.clear();
     }
 
     // The engine answered nonsense: it cannot be trusted with another request.
@@ -471,6 +514,12 @@ private:
     Writer request_;  // kept, so that its buffer is reused from request to request
     tamlo::wire::FrameReceiver replies_;
     std::vector<std::string> accepted_names_;  // names the engine has taken in a put
+    struct Fetched {
+        std::string name;
+        tamlo::wire::ArrayPtr value;  // null: the engine has no such variable
+    };
+    std::vector<Fetched> fetched_;  // what the last eval brought along, until a get takes it
+    tamlo::eng::FetchPlans plans_;
 };
 
 // Open sessions by token. Tokens are never reused, so a stale handle never finds a session.

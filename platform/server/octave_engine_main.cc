@@ -23,6 +23,7 @@
 #include <new>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "engine_template_server.h"
 #include "frame_io.h"
@@ -234,28 +235,48 @@ private:
     // False when the session is over (client gone, or the user's code asked Octave to quit).
     bool handle(Kind kind, Reader& r, int& exit_status) {
         switch (kind) {
-            case Kind::eval: return handle_eval(r, exit_status);
+            case Kind::eval: return handle_eval(r, exit_status, false);
+            case Kind::eval_then_get: return handle_eval(r, exit_status, true);
             case Kind::put: return handle_put(r);
             case Kind::get: return handle_get(r);
             default: return reply(error_frame("unexpected frame kind " + std::to_string(static_cast<int>(kind))));
         }
     }
 
-    bool handle_eval(Reader& r, int& exit_status) {
+    // With then_get, the reply is followed by the replies to gets of the names the request lists,
+    // all in one send: the client reads the variables it will ask for next without another wait.
+    bool handle_eval(Reader& r, int& exit_status, bool then_get) {
         uint32_t limit = 0;
         std::string command;
-        if (!r.get_u32(limit, "output limit") || !r.get_string(command, "command") || !r.expect_end())
+        names_.clear();
+        if (!r.get_u32(limit, "output limit") || !r.get_string(command, "command"))
             return reply(error_frame(r.error()));
+        if (then_get) {
+            uint32_t count = 0;
+            if (!r.get_u32(count, "name count")) return reply(error_frame(r.error()));
+            if (count > tamlo::wire::max_names_after_eval)
+                return reply(error_frame("corrupt frame: " + std::to_string(count) + " names after an eval"));
+            names_.resize(count);
+            for (std::string& name : names_) {
+                if (!r.get_string(name, "variable name")) return reply(error_frame(r.error()));
+            }
+        }
+        if (!r.expect_end()) return reply(error_frame(r.error()));
         EvalOutcome outcome = evaluate(interp_, command);
         if (outcome.output.size() > limit) outcome.output.resize(limit);
         reply_.begin(Kind::eval_done);
         reply_.put_u8(outcome.quitting ? 1 : 0);
         reply_.put_string(outcome.output);
-        bool sent = reply(reply_.finish());
         if (outcome.quitting) {
+            reply(reply_.finish());
             exit_status = outcome.exit_status;
             return false;
         }
+        if (names_.empty()) return reply(reply_.finish());
+        held_.append(reply_.finish());
+        for (const std::string& name : names_) held_.append(value_frame(name));
+        const bool sent = tamlo::wire::send_frame(fd_, held_);
+        held_.clear();
         return sent;
     }
 
@@ -291,23 +312,32 @@ private:
     bool handle_get(Reader& r) {
         std::string name;
         if (!r.get_string(name, "variable name") || !r.expect_end()) return reply(error_frame(r.error()));
-        if (!valid_variable_name(name) || !interp_.is_variable(name)) return reply_empty(Kind::no_variable);
+        return reply(value_frame(name));
+    }
+
+    // The reply to a get of `name`: its value, no_variable, or an error frame; valid until the
+    // next reply is built.
+    const std::string& value_frame(const std::string& name) {
+        if (!valid_variable_name(name) || !interp_.is_variable(name)) {
+            reply_.begin(Kind::no_variable);
+            return reply_.finish();
+        }
         reply_.begin(Kind::value);
         try {
             tamlo::engine::put_octave_value(reply_, interp_.varval(name));
         } catch (const octave::execution_exception& e) {
             interp_.recover_from_exception();
-            return reply(error_frame("cannot convert '" + name + "': " + e.message()));
+            return error_ = error_frame("cannot convert '" + name + "': " + e.message());
         } catch (const std::bad_alloc&) {
             reply_.begin(Kind::value);  // gives back what the partial frame held
-            return reply(error_frame("cannot convert '" + name + "': out of memory"));
+            return error_ = error_frame("cannot convert '" + name + "': out of memory");
         }
         if (reply_.too_long()) {
             reply_.begin(Kind::value);
-            return reply(error_frame("cannot send '" + name + "': its value does not fit in one frame (" +
-                                     std::to_string(tamlo::wire::max_frame_length) + " bytes)"));
+            return error_ = error_frame("cannot send '" + name + "': its value does not fit in one frame (" +
+                               std::to_string(tamlo::wire::max_frame_length) + " bytes)");
         }
-        return reply(reply_.finish());
+        return reply_.finish();
     }
 
     octave::interpreter& interp_;
@@ -315,6 +345,8 @@ private:
     tamlo::wire::FrameReceiver requests_;
     Writer reply_;      // kept, so that its buffer is reused from reply to reply
     std::string held_;  // finished replies to puts, sent with the next reply
+    std::vector<std::string> names_;  // the gets that follow an eval
+    std::string error_;               // the last error frame value_frame built
 };
 
 bool parse_int(const char* s, long& out) {

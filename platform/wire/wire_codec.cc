@@ -259,7 +259,7 @@ bool Reader::expect_end() {
 bool read_kind(Reader& r, Kind& kind) {
     uint8_t k = 0;
     if (!r.get_u8(k, "frame kind")) return false;
-    const bool request = k >= static_cast<uint8_t>(Kind::eval) && k <= static_cast<uint8_t>(Kind::close);
+    const bool request = k >= static_cast<uint8_t>(Kind::eval) && k <= static_cast<uint8_t>(Kind::eval_then_get);
     const bool reply = k >= static_cast<uint8_t>(Kind::eval_done) && k <= static_cast<uint8_t>(Kind::error);
     if (!request && !reply) return r.fail("corrupt frame: unknown frame kind " + std::to_string(k));
     kind = static_cast<Kind>(k);

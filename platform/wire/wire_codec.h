@@ -48,6 +48,8 @@ enum class Kind : uint8_t {
     put = 2,
     get = 3,
     close = 4,
+    // An eval whose reply is followed by one get reply per name it lists, in that order.
+    eval_then_get = 5,
     eval_done = 0x81,
     ok = 0x82,
     value = 0x83,
@@ -60,6 +62,8 @@ constexpr int max_depth = 64;
 constexpr unsigned max_dims = 32;
 constexpr size_t header_length = 4;
 constexpr size_t max_field_name_length = 63;
+// Names one eval_then_get may list.
+constexpr uint32_t max_names_after_eval = 8;
 
 // Class ids as MATLAB numbers them (mxClassID).
 enum ClassId : uint8_t {
