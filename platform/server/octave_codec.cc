@@ -10,6 +10,9 @@
 #include <octave/oct-map.h>
 
 #include <cstring>
+#include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace tamlo::engine {
@@ -59,10 +62,39 @@ bool make_scalar(unsigned class_id, const unsigned char* bytes, octave_value& ou
     }
 }
 
+// Structs of one shape arrive step after step: each list of field names is made once, and the
+// structs built from it share it (Octave copies a list before changing it).
+class FieldLists {
+public:
+    const octave_fields& get(const std::vector<std::string_view>& names) {
+        key_.clear();
+        for (std::string_view n : names) {
+            key_.append(n);
+            key_.push_back('\0');
+        }
+        if (auto found = lists_.find(key_); found != lists_.end()) return found->second;
+        // Values of ever new shapes must not grow the engine without end.
+        if (lists_.size() >= max_lists) lists_.clear();
+        string_vector keys(static_cast<octave_idx_type>(names.size()));
+        for (size_t f = 0; f < names.size(); ++f) keys(static_cast<octave_idx_type>(f)) = std::string(names[f]);
+        return lists_.emplace(key_, octave_fields(keys)).first->second;
+    }
+
+private:
+    static constexpr size_t max_lists = 4096;
+    std::string key_;
+    std::unordered_map<std::string, octave_fields> lists_;
+};
+
+FieldLists& field_lists() {
+    static FieldLists lists;
+    return lists;
+}
+
 // A struct being decoded: a one-element struct fills a scalar map, any other shape one cell
 // per field (Octave's own layout: a field's values side by side).
 struct StructParts {
-    string_vector keys;
+    octave_fields keys;
     dim_vector dims;
     bool scalar = false;
     std::vector<octave_value> values;  // scalar: one per field
@@ -116,8 +148,7 @@ struct OctaveBuilder {
     void set_cell(Cell& c, size_t i, Value&& e) { c.xelem(static_cast<octave_idx_type>(i)) = std::move(e); }
     void end_cell(Cell& c, Value& out) { out = octave_value(c); }
     bool begin_struct(const ArrayHeader& h, const std::vector<std::string_view>& names, Struct& s) {
-        s.keys = string_vector(static_cast<octave_idx_type>(names.size()));
-        for (size_t f = 0; f < names.size(); ++f) s.keys(static_cast<octave_idx_type>(f)) = std::string(names[f]);
+        s.keys = field_lists().get(names);
         s.dims = octave_dims(h);
         s.scalar = h.numel == 1;
         if (s.scalar) {
@@ -135,7 +166,7 @@ struct OctaveBuilder {
             s.columns[f].xelem(static_cast<octave_idx_type>(i)) = std::move(e);
     }
     void end_struct(Struct& s, Value& out) {
-        const octave_idx_type nfields = s.keys.numel();
+        const octave_idx_type nfields = s.keys.nfields();
         if (s.scalar) {
             octave_scalar_map m(s.keys);
             for (octave_idx_type f = 0; f < nfields; ++f) m.contents(f) = std::move(s.values[static_cast<size_t>(f)]);
