@@ -392,6 +392,10 @@ int main(int argc, char** argv) {
     {
         octave::interpreter interp;
         interp.initialize_history(false);
+        // The site startup files set up the terminal (readline, pager), which an engine has not;
+        // sourcing each also rescans the whole function search path. Of what they do, only the
+        // system's hint for functions of packages not installed matters here; it is set below.
+        interp.read_site_files(false);
         interp.initialize_load_path();
         interp.initialize();
         if (!interp.initialized() || interp.execute() != 0) {
@@ -401,9 +405,11 @@ int main(int argc, char** argv) {
         install_unattended_builtins(interp);
         interp.get_output_system().page_screen_output(false);
         // A crash must not leave an octave-workspace file in the user's folder.
-        interp.eval_string(std::string("crash_dumps_octave_core(false); sighup_dumps_octave_core(false); "
-                                       "sigterm_dumps_octave_core(false);"),
-                           true, status, 0);
+        std::string setup = "crash_dumps_octave_core(false); sighup_dumps_octave_core(false); "
+                            "sigterm_dumps_octave_core(false);";
+        if (!interp.get_load_path().find_fcn("debian_missing_handler").empty())
+            setup += " missing_component_hook('debian_missing_handler');";
+        interp.eval_string(setup, true, status, 0);
         status = 0;
         // Tells the client that the interpreter is ready.
         if (!tamlo::wire::send_frame(sock, Writer(Kind::ok).finish())) ::_exit(0);
