@@ -118,23 +118,7 @@ private:
 
     // One byte with the engine's socket attached; the template answers with the fork's pid.
     bool ask_for_fork(int engine_fd, pid_t& pid) {
-        char byte = 'f';
-        iovec io{&byte, 1};
-        alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
-        msghdr message{};
-        message.msg_iov = &io;
-        message.msg_iovlen = 1;
-        message.msg_control = control;
-        message.msg_controllen = sizeof control;
-        cmsghdr* c = CMSG_FIRSTHDR(&message);
-        c->cmsg_level = SOL_SOCKET;
-        c->cmsg_type = SCM_RIGHTS;
-        c->cmsg_len = CMSG_LEN(sizeof(int));
-        std::memcpy(CMSG_DATA(c), &engine_fd, sizeof(int));
-        ssize_t sent;
-        while ((sent = ::sendmsg(fd_, &message, MSG_NOSIGNAL)) < 0 && errno == EINTR) {
-        }
-        if (sent != 1) return false;
+        if (!tamlo::wire::send_socket(fd_, engine_fd)) return false;
         std::int32_t reply = -1;
         std::size_t got = 0;
         while (got < sizeof reply) {

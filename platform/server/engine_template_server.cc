@@ -18,31 +18,6 @@ namespace tamlo::server {
 
 namespace {
 
-// The engine socket that came with one request byte, or -1 when the host is gone.
-int receive_engine_socket(int template_fd) {
-    char byte = 0;
-    iovec io{&byte, 1};
-    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
-    msghdr message{};
-    message.msg_iov = &io;
-    message.msg_iovlen = 1;
-    message.msg_control = control;
-    message.msg_controllen = sizeof control;
-    for (;;) {
-        const ssize_t n = ::recvmsg(template_fd, &message, MSG_CMSG_CLOEXEC);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return -1;
-        const cmsghdr* c = CMSG_FIRSTHDR(&message);
-        if (c != nullptr && c->cmsg_level == SOL_SOCKET && c->cmsg_type == SCM_RIGHTS &&
-            c->cmsg_len == CMSG_LEN(sizeof(int))) {
-            int fd = -1;
-            std::memcpy(&fd, CMSG_DATA(c), sizeof(int));
-            return fd;
-        }
-        return -2;  // a request without a socket: answer it with a failure
-    }
-}
-
 bool send_pid(int template_fd, std::int32_t pid) {
     std::size_t sent = 0;
     while (sent < sizeof pid) {
@@ -104,7 +79,7 @@ int serve_engine_forks(int template_fd, void (*warm_up)()) {
             ::close(pair[0]);
             start_fork(template_fd, template_pid);
             warm_up();
-            const int engine_fd = receive_engine_socket(pair[1]);
+            const int engine_fd = tamlo::wire::receive_socket(pair[1]);
             // The template is gone, or handed the request to a fork of its own.
             if (engine_fd < 0) ::_exit(0);
             ::close(pair[1]);
@@ -120,28 +95,11 @@ int serve_engine_forks(int template_fd, void (*warm_up)()) {
     };
     // Hands engine_fd to the spare; false when the spare is not there to take it.
     auto pass_to_spare = [&](int engine_fd) {
-        if (spare.pid <= 0) return false;
-        char byte = 'f';
-        iovec io{&byte, 1};
-        alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
-        msghdr message{};
-        message.msg_iov = &io;
-        message.msg_iovlen = 1;
-        message.msg_control = control;
-        message.msg_controllen = sizeof control;
-        cmsghdr* c = CMSG_FIRSTHDR(&message);
-        c->cmsg_level = SOL_SOCKET;
-        c->cmsg_type = SCM_RIGHTS;
-        c->cmsg_len = CMSG_LEN(sizeof(int));
-        std::memcpy(CMSG_DATA(c), &engine_fd, sizeof(int));
-        ssize_t n;
-        while ((n = ::sendmsg(spare.channel, &message, MSG_NOSIGNAL)) < 0 && errno == EINTR) {
-        }
-        return n == 1;
+        return spare.pid > 0 && tamlo::wire::send_socket(spare.channel, engine_fd);
     };
     if (const int fd = make_spare(); fd >= 0) return fd;
     for (;;) {
-        const int engine_fd = receive_engine_socket(template_fd);
+        const int engine_fd = tamlo::wire::receive_socket(template_fd);
         if (engine_fd == -1) ::_exit(0);
         if (engine_fd == -2) {
             if (!send_pid(template_fd, -1)) ::_exit(0);

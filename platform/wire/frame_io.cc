@@ -127,4 +127,52 @@ ReceiveStatus FrameReceiver::receive(int fd, std::string& error) {
     return ReceiveStatus::ok;
 }
 
+namespace {
+
+// One request byte with room for one attached socket.
+struct SocketMessage {
+    char byte = 'f';
+    iovec io{&byte, 1};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
+    msghdr header{};
+
+    SocketMessage() {
+        header.msg_iov = &io;
+        header.msg_iovlen = 1;
+        header.msg_control = control;
+        header.msg_controllen = sizeof control;
+    }
+    SocketMessage(const SocketMessage&) = delete;
+    SocketMessage& operator=(const SocketMessage&) = delete;
+};
+
+}  // namespace
+
+bool send_socket(int channel, int fd) {
+    SocketMessage m;
+    cmsghdr* c = CMSG_FIRSTHDR(&m.header);
+    c->cmsg_level = SOL_SOCKET;
+    c->cmsg_type = SCM_RIGHTS;
+    c->cmsg_len = CMSG_LEN(sizeof(int));
+    std::memcpy(CMSG_DATA(c), &fd, sizeof(int));
+    ssize_t sent;
+    while ((sent = ::sendmsg(channel, &m.header, MSG_NOSIGNAL)) < 0 && errno == EINTR) {
+    }
+    return sent == 1;
+}
+
+int receive_socket(int channel) {
+    SocketMessage m;
+    ssize_t n;
+    while ((n = ::recvmsg(channel, &m.header, MSG_CMSG_CLOEXEC)) < 0 && errno == EINTR) {
+    }
+    if (n <= 0) return -1;
+    const cmsghdr* c = CMSG_FIRSTHDR(&m.header);
+    if (c == nullptr || c->cmsg_level != SOL_SOCKET || c->cmsg_type != SCM_RIGHTS || c->cmsg_len != CMSG_LEN(sizeof(int)))
+        return -2;
+    int fd = -1;
+    std::memcpy(&fd, CMSG_DATA(c), sizeof(int));
+    return fd;
+}
+
 }  // namespace tamlo::wire

@@ -16,6 +16,14 @@ bool send_frame(int fd, std::string_view frame);
 // Sends finished frames one after the other in one call, so the peer wakes once for them.
 bool send_frames(int fd, std::string_view first, std::string_view second);
 
+// Sends one request byte with the socket `fd` attached (SCM_RIGHTS), for a warm engine's
+// template and its forks. False when the peer is gone.
+bool send_socket(int channel, int fd);
+
+// The socket attached to one request byte (close-on-exec): -1 when the peer is gone, -2 for a
+// byte that came without one.
+int receive_socket(int channel);
+
 enum class ReceiveStatus { ok, closed, failed };
 
 // Receives frames into one buffer kept from frame to frame: a frame that has already arrived
