@@ -8,12 +8,14 @@
 #include <cstdio>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tamlo_bench {
 
 // numerator / denominator, each a benchmark's name as Google Benchmark prints it, without
-// the suffixes it adds ("BM_WholeStep/identity/1" matches "BM_WholeStep/identity/1/real_time").
+// the suffixes it adds ("BM_WholeStep/identity/1" matches "BM_WholeStep/identity/1/real_time"):
+// its wall time per iteration. "name@counter" is one of its counters instead, in seconds.
 struct Ratio {
     std::string label;
     std::string numerator;
@@ -31,7 +33,8 @@ public:
             if (run.run_type != Run::RT_Iteration || run.iterations == 0) continue;
             // Wall time: most of the work happens in the engine process, which this
             // process's CPU time does not see.
-            seconds_[run.benchmark_name()] = run.real_accumulated_time / static_cast<double>(run.iterations);
+            seconds_[{run.benchmark_name(), ""}] = run.real_accumulated_time / static_cast<double>(run.iterations);
+            for (const auto& [counter, value] : run.counters) seconds_[{run.benchmark_name(), counter}] = value;
         }
         ConsoleReporter::ReportRuns(runs);
     }
@@ -59,9 +62,13 @@ public:
     }
 
 private:
-    const double* find(const std::string& name) const {
+    const double* find(const std::string& figure) const {
+        const auto at = figure.find('@');
+        const std::string name = figure.substr(0, at);
+        const std::string counter = at == std::string::npos ? "" : figure.substr(at + 1);
         for (const auto& [key, value] : seconds_) {
-            if (key == name || key.rfind(name + "/", 0) == 0) return &value;
+            if (key.second != counter) continue;
+            if (key.first == name || key.first.rfind(name + "/", 0) == 0) return &value;
         }
         return nullptr;
     }
@@ -78,7 +85,7 @@ private:
         return text;
     }
 
-    std::map<std::string, double> seconds_;
+    std::map<std::pair<std::string, std::string>, double> seconds_;  // (benchmark, counter or "")
     std::vector<std::string> failed_;
 };
 
