@@ -2,6 +2,7 @@
 #include "matrix.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -49,10 +50,108 @@ private:
     size_t size_ = 0;
 };
 
+// A struct's field names in order. Arrays made from one another share one list (a duplicate
+// copies no names); a list is changed in place only by its sole holder, otherwise copied first.
+class FieldNames {
+public:
+    static FieldNames* make() { return new FieldNames; }
+    // Another holder; never null.
+    FieldNames* share() {
+        refs_.fetch_add(1, std::memory_order_relaxed);
+        return this;
+    }
+    static void release(FieldNames* names) {
+        if (names != nullptr && names->refs_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete names;
+    }
+    // A list its holder may change: this one when not shared, else a copy (the holder's share
+    // of this one is then given up). Throws std::bad_alloc.
+    static FieldNames* own(FieldNames* names) {
+        if (names->refs_.load(std::memory_order_acquire) == 1) return names;
+        auto copy = std::unique_ptr<FieldNames>(new FieldNames);
+        copy->names_ = names->names_;
+        release(names);
+        return copy.release();
+    }
+
+    size_t size() const { return names_.size(); }
+    const char* name(size_t f) const { return names_[f].c_str(); }
+    void add(const char* name) { names_.emplace_back(name); }
+    void remove(size_t f) { names_.erase(names_.begin() + static_cast<std::ptrdiff_t>(f)); }
+
+    // The number of the field with this name, or -1. Lookups come field after field while a
+    // struct is written element by element, so the search starts where the last one ended.
+    int find(const char* name, std::atomic<uint32_t>& hint) const {
+        const size_t n = names_.size();
+        if (n == 0) return -1;
+        const size_t length = std::strlen(name);
+        size_t f = hint.load(std::memory_order_relaxed);
+        if (f >= n) f = 0;
+        for (size_t tried = 0; tried < n; ++tried, f = f + 1 == n ? 0 : f + 1) {
+            const std::string& candidate = names_[f];
+            if (candidate.size() == length && std::memcmp(candidate.data(), name, length) == 0) {
+                hint.store(static_cast<uint32_t>(f), std::memory_order_relaxed);
+                return static_cast<int>(f);
+            }
+        }
+        return -1;
+    }
+
+private:
+    FieldNames() = default;
+    std::atomic<size_t> refs_{1};
+    std::vector<std::string> names_;
+};
+
+// mxArray objects come and go by the thousand every time step; each thread keeps the freed
+// ones for reuse rather than going through malloc for each. Under AddressSanitizer every
+// object is its own allocation, so that a use after mxDestroyArray is still caught.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool pool_nodes = false;
+#else
+constexpr bool pool_nodes = true;
+#endif
+
+class NodePool {
+public:
+    explicit NodePool(size_t node_size) : node_size_(node_size) {}
+    NodePool(const NodePool&) = delete;
+    NodePool& operator=(const NodePool&) = delete;
+    ~NodePool() {
+        while (head_ != nullptr) ::operator delete(pop());
+    }
+    void* take() { return head_ != nullptr ? pop() : ::operator new(node_size_); }
+    void give(void* node) {
+        if (kept_ >= max_kept) {
+            ::operator delete(node);
+            return;
+        }
+        head_ = ::new (node) Free{head_};
+        ++kept_;
+    }
+
+private:
+    struct Free {
+        Free* next;
+    };
+    // Enough for the largest state of a time step; more freed at once go back to malloc.
+    static constexpr size_t max_kept = 16384;
+    void* pop() {
+        Free* node = head_;
+        head_ = node->next;
+        --kept_;
+        return node;
+    }
+    size_t node_size_;
+    Free* head_ = nullptr;
+    size_t kept_ = 0;
+};
+
 }  // namespace
 
 struct mxArray_tag {
     mxClassID class_id = mxUNKNOWN_CLASS;
+    // Where the last field lookup by name ended.
+    mutable std::atomic<uint32_t> field_hint{0};
     Dims dims;
     size_t numel = 0;
     // Numeric, logical and char data, column-major, zero-filled at creation; null when empty.
@@ -60,8 +159,8 @@ struct mxArray_tag {
     void* data = nullptr;
     static constexpr size_t local_data_size = 16;
     alignas(std::max_align_t) unsigned char local_data[local_data_size] = {};
-    // Structs: field names in the order added; elements[i * fields.size() + f].
-    std::vector<std::string> fields;
+    // Structs: the field names (never null); elements[i * field count + f].
+    FieldNames* fields = nullptr;
     // Struct field values or cell contents; null where nothing was set.
     std::vector<mxArray*> elements;
 
@@ -70,9 +169,39 @@ struct mxArray_tag {
     mxArray_tag& operator=(const mxArray_tag&) = delete;
     ~mxArray_tag() {
         if (data != local_data) std::free(data);
+        FieldNames::release(fields);
         for (mxArray* e : elements) delete e;
     }
+
+    static void* operator new(size_t size);
+    static void operator delete(void* node);
 };
+
+namespace {
+
+// The pool of this thread, and whether it is gone already (an array destroyed while the
+// thread ends, after its pool, goes straight back to the heap).
+thread_local bool pool_gone = false;
+struct ThreadPool {
+    NodePool pool{sizeof(mxArray_tag)};
+    ~ThreadPool() { pool_gone = true; }
+};
+thread_local ThreadPool thread_pool;
+
+}  // namespace
+
+void* mxArray_tag::operator new(size_t size) {
+    if (!pool_nodes || pool_gone) return ::operator new(size);
+    return thread_pool.pool.take();
+}
+
+void mxArray_tag::operator delete(void* node) {
+    if (!pool_nodes || pool_gone) {
+        ::operator delete(node);
+        return;
+    }
+    thread_pool.pool.give(node);
+}
 
 namespace {
 
@@ -124,11 +253,13 @@ bool valid_field_name(const char* name) {
 }
 
 // Creates an array of the given class and shape with zeroed data or empty slots; null when the
-// shape or class cannot be made.
-mxArray* create(mxClassID class_id, mwSize ndim, const mwSize* dims, size_t nfields = 0) {
+// shape or class cannot be made. A struct takes over the holder's share of names (an empty
+// list when null), also when it cannot be made.
+mxArray* create(mxClassID class_id, mwSize ndim, const mwSize* dims, FieldNames* names = nullptr) {
     try {
         auto a = std::make_unique<mxArray_tag>();
         a->class_id = class_id;
+        if (class_id == mxSTRUCT_CLASS) a->fields = names != nullptr ? names : FieldNames::make();
         if (!a->dims.assign(ndim, dims, a->numel)) return nullptr;
         if (has_data_class(class_id)) {
             size_t size = element_size(class_id);
@@ -142,11 +273,13 @@ mxArray* create(mxClassID class_id, mwSize ndim, const mwSize* dims, size_t nfie
         } else if (class_id == mxCELL_CLASS) {
             a->elements.assign(a->numel, nullptr);
         } else if (class_id == mxSTRUCT_CLASS) {
+            const size_t nfields = a->fields->size();
             if (nfields != 0 && a->numel > std::numeric_limits<size_t>::max() / nfields) return nullptr;
             a->elements.assign(a->numel * nfields, nullptr);
         }
         return a.release();
     } catch (const std::bad_alloc&) {
+        if (class_id == mxSTRUCT_CLASS) FieldNames::release(names);
         return nullptr;
     }
 }
@@ -163,28 +296,26 @@ mxArray* create_struct(mwSize ndim, const mwSize* dims, int nfields, const char*
         for (int g = 0; g < f; ++g)
             if (std::strcmp(fieldnames[f], fieldnames[g]) == 0) return nullptr;
     }
-    mxArray* a = create(mxSTRUCT_CLASS, ndim, dims, static_cast<size_t>(nfields));
-    if (a == nullptr) return nullptr;
+    FieldNames* names = nullptr;
     try {
-        for (int f = 0; f < nfields; ++f) a->fields.emplace_back(fieldnames[f]);
+        names = FieldNames::make();
+        for (int f = 0; f < nfields; ++f) names->add(fieldnames[f]);
     } catch (const std::bad_alloc&) {
-        delete a;
+        FieldNames::release(names);
         return nullptr;
     }
-    return a;
+    return create(mxSTRUCT_CLASS, ndim, dims, names);
 }
 
 int field_number(const mxArray* pa, const char* name) {
     if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || name == nullptr) return -1;
-    for (size_t f = 0; f < pa->fields.size(); ++f)
-        if (pa->fields[f] == name) return static_cast<int>(f);
-    return -1;
+    return pa->fields->find(name, pa->field_hint);
 }
 
 // The slot of element i's field f, or null when either is out of range.
 mxArray** field_slot(const mxArray* pa, mwIndex i, int f) {
     if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || f < 0) return nullptr;
-    size_t nfields = pa->fields.size();
+    size_t nfields = pa->fields->size();
     if (static_cast<size_t>(f) >= nfields || i >= pa->numel) return nullptr;
     return const_cast<mxArray**>(&pa->elements[i * nfields + static_cast<size_t>(f)]);
 }
@@ -197,14 +328,9 @@ double first_as_double(const void* data) {
 }
 
 mxArray* duplicate(const mxArray* in) {
-    mxArray* out = create(in->class_id, in->dims.size(), in->dims.data(), in->fields.size());
+    FieldNames* names = in->class_id == mxSTRUCT_CLASS ? in->fields->share() : nullptr;
+    mxArray* out = create(in->class_id, in->dims.size(), in->dims.data(), names);
     if (out == nullptr) return nullptr;
-    try {
-        out->fields = in->fields;
-    } catch (const std::bad_alloc&) {
-        delete out;
-        return nullptr;
-    }
     if (in->data != nullptr) std::memcpy(out->data, in->data, in->numel * element_size(in->class_id));
     for (size_t k = 0; k < in->elements.size(); ++k) {
         if (in->elements[k] == nullptr) continue;
@@ -256,11 +382,12 @@ int mxAddField(mxArray* pa, const char* fieldname) {
     int existing = field_number(pa, fieldname);
     if (existing >= 0) return existing;
     try {
-        size_t old_n = pa->fields.size();
+        size_t old_n = pa->fields->size();
         std::vector<mxArray*> grown(pa->numel * (old_n + 1), nullptr);
         for (size_t i = 0; i < pa->numel; ++i)
             for (size_t f = 0; f < old_n; ++f) grown[i * (old_n + 1) + f] = pa->elements[i * old_n + f];
-        pa->fields.emplace_back(fieldname);
+        pa->fields = FieldNames::own(pa->fields);
+        pa->fields->add(fieldname);
         pa->elements.swap(grown);
         return static_cast<int>(old_n);
     } catch (const std::bad_alloc&) {
@@ -270,30 +397,35 @@ int mxAddField(mxArray* pa, const char* fieldname) {
 
 void mxRemoveField(mxArray* pa, int fieldnum) {
     if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || fieldnum < 0 ||
-        static_cast<size_t>(fieldnum) >= pa->fields.size())
+        static_cast<size_t>(fieldnum) >= pa->fields->size())
         return;
     // As in MATLAB, the removed values are not freed: the caller may still hold them.
-    size_t old_n = pa->fields.size();
-    std::vector<mxArray*> shrunk;
-    shrunk.reserve(pa->numel * (old_n - 1));
-    for (size_t i = 0; i < pa->numel; ++i)
-        for (size_t f = 0; f < old_n; ++f)
-            if (f != static_cast<size_t>(fieldnum)) shrunk.push_back(pa->elements[i * old_n + f]);
-    pa->elements.swap(shrunk);
-    pa->fields.erase(pa->fields.begin() + fieldnum);
+    size_t old_n = pa->fields->size();
+    try {
+        std::vector<mxArray*> shrunk;
+        shrunk.reserve(pa->numel * (old_n - 1));
+        for (size_t i = 0; i < pa->numel; ++i)
+            for (size_t f = 0; f < old_n; ++f)
+                if (f != static_cast<size_t>(fieldnum)) shrunk.push_back(pa->elements[i * old_n + f]);
+        pa->fields = FieldNames::own(pa->fields);
+        pa->elements.swap(shrunk);
+        pa->fields->remove(static_cast<size_t>(fieldnum));
+    } catch (const std::bad_alloc&) {
+        // The struct stays as it was.
+    }
 }
 
 int mxGetFieldNumber(const mxArray* pa, const char* fieldname) { return field_number(pa, fieldname); }
 
 int mxGetNumberOfFields(const mxArray* pa) {
     if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS) return 0;
-    return static_cast<int>(pa->fields.size());
+    return static_cast<int>(pa->fields->size());
 }
 
 const char* mxGetFieldNameByNumber(const mxArray* pa, int n) {
-    if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || n < 0 || static_cast<size_t>(n) >= pa->fields.size())
+    if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || n < 0 || static_cast<size_t>(n) >= pa->fields->size())
         return nullptr;
-    return pa->fields[static_cast<size_t>(n)].c_str();
+    return pa->fields->name(static_cast<size_t>(n));
 }
 
 mxArray* mxCreateDoubleMatrix_730(mwSize m, mwSize n, mxComplexity flag) {
