@@ -1,6 +1,7 @@
 // Our libmx: the mxArray type and the matrix API functions over it, with MATLAB's semantics.
 #include "matrix.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <bit>
@@ -67,7 +68,12 @@ private:
 // copies no names); a list is changed in place only by its sole holder, otherwise copied first.
 class FieldNames {
 public:
-    static FieldNames* make() { return new FieldNames; }
+    // A struct made without fields gets room for a few: most are built by adding one at a time.
+    static FieldNames* make(size_t expected = 0) {
+        auto names = std::unique_ptr<FieldNames>(new FieldNames);
+        names->names_.reserve(expected > 0 ? expected : 8);
+        return names.release();
+    }
     // Another holder; never null.
     FieldNames* share() {
         refs_.fetch_add(1, std::memory_order_relaxed);
@@ -119,7 +125,7 @@ private:
 };
 
 // A struct's slots are allocated for a power of two of them, so that adding fields one at a
-// time (the usual way to build a struct) moves the values only when that size is passed.
+// time (the usual way to build a struct) reallocates only when that size is passed.
 size_t struct_slot_capacity(size_t count) { return count == 0 ? 0 : std::bit_ceil(count); }
 constexpr size_t max_struct_slots = std::numeric_limits<size_t>::max() / 2 / sizeof(mxArray*);
 
@@ -182,8 +188,9 @@ struct mxArray_tag {
     struct Slots {
         // Structs only: the field names, never null.
         FieldNames* fields;
-        // Struct field values, elements[i * field count + f], or cell contents; null where
-        // nothing was set, and when there are no slots.
+        // Struct field values, field by field (elements[f * numel + i]), so that adding a field
+        // appends its slots; or cell contents. Null where nothing was set, and when there are
+        // no slots.
         mxArray** elements;
     };
     union {
@@ -239,6 +246,7 @@ struct mxArray_tag {
         ++pool.kept;
     }
 };
+static_assert(sizeof(mxArray_tag) <= 64, "an array's header fits one cache line");
 
 namespace {
 
@@ -346,7 +354,7 @@ mxArray* create_struct(mwSize ndim, const mwSize* dims, int nfields, const char*
     }
     FieldNames* names = nullptr;
     try {
-        names = FieldNames::make();
+        names = FieldNames::make(static_cast<size_t>(nfields));
         for (int f = 0; f < nfields; ++f) names->add(fieldnames[f]);
     } catch (const std::bad_alloc&) {
         FieldNames::release(names);
@@ -365,7 +373,7 @@ mxArray** field_slot(const mxArray* pa, mwIndex i, int f) {
     if (pa == nullptr || pa->class_id != mxSTRUCT_CLASS || f < 0) return nullptr;
     size_t nfields = pa->slots.fields->size();
     if (static_cast<size_t>(f) >= nfields || i >= pa->numel) return nullptr;
-    return &pa->slots.elements[i * nfields + static_cast<size_t>(f)];
+    return &pa->slots.elements[static_cast<size_t>(f) * pa->numel + i];
 }
 
 template <typename T>
@@ -435,26 +443,23 @@ int mxAddField(mxArray* pa, const char* fieldname) {
     const size_t old_count = pa->numel * old_n;
     const size_t new_count = pa->numel * (old_n + 1);
     mxArray** elements = pa->slots.elements;
-    mxArray** grown = elements;
     if (new_count > struct_slot_capacity(old_count)) {
-        grown = static_cast<mxArray**>(std::calloc(struct_slot_capacity(new_count), sizeof(mxArray*)));
+        auto* grown = static_cast<mxArray**>(std::malloc(struct_slot_capacity(new_count) * sizeof(mxArray*)));
         if (grown == nullptr) return -1;
+        if (old_count > 0) std::memcpy(grown, elements, old_count * sizeof(mxArray*));
+        elements = grown;
     }
     try {
         pa->slots.fields = FieldNames::own(pa->slots.fields);
         pa->slots.fields->add(fieldname);
     } catch (const std::bad_alloc&) {
-        if (grown != elements) std::free(grown);
+        if (elements != pa->slots.elements) std::free(elements);
         return -1;
     }
-    // From the last element back, so that in place no value is overwritten before it moves.
-    for (size_t i = pa->numel; i-- > 0;) {
-        grown[i * (old_n + 1) + old_n] = nullptr;
-        for (size_t f = old_n; f-- > 0;) grown[i * (old_n + 1) + f] = elements[i * old_n + f];
-    }
-    if (grown != elements) {
-        std::free(elements);
-        pa->slots.elements = grown;
+    if (new_count > 0) std::fill(elements + old_count, elements + new_count, nullptr);
+    if (elements != pa->slots.elements) {
+        std::free(pa->slots.elements);
+        pa->slots.elements = elements;
     }
     return static_cast<int>(old_n);
 }
@@ -469,13 +474,12 @@ void mxRemoveField(mxArray* pa, int fieldnum) {
         return;  // the struct stays as it was
     }
     // As in MATLAB, the removed values are not freed: the caller may still hold them. The
-    // others move towards the front, in place.
+    // later fields' values move forward, in place.
     const size_t old_n = pa->slots.fields->size();
-    mxArray** elements = pa->slots.elements;
-    size_t next = 0;
-    for (size_t i = 0; i < pa->numel; ++i)
-        for (size_t f = 0; f < old_n; ++f)
-            if (f != static_cast<size_t>(fieldnum)) elements[next++] = elements[i * old_n + f];
+    if (pa->numel > 0) {
+        mxArray** removed = pa->slots.elements + static_cast<size_t>(fieldnum) * pa->numel;
+        std::memmove(removed, removed + pa->numel, (old_n - 1 - static_cast<size_t>(fieldnum)) * pa->numel * sizeof(mxArray*));
+    }
     pa->slots.fields->remove(static_cast<size_t>(fieldnum));
 }
 
