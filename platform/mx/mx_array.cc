@@ -138,36 +138,54 @@ constexpr bool pool_nodes = false;
 constexpr bool pool_nodes = true;
 #endif
 
-struct FreeNode {
-    FreeNode* next;
-};
 enum class PoolState : unsigned char { unused, open, gone };
 // Plain data, so that reaching it costs one thread-local lookup and no initialisation check.
+// The free nodes are kept in an array rather than linked through themselves: taking one then
+// reads no memory of the node, which is likely out of cache by then.
 struct NodePool {
-    FreeNode* head;
+    void** free;
     size_t kept;
+    size_t capacity;
     PoolState state;
 };
-constinit thread_local NodePool node_pool{nullptr, 0, PoolState::unused};
-// Enough for the largest state of a time step; more freed at once go back to the heap.
+constinit thread_local NodePool node_pool{nullptr, 0, 0, PoolState::unused};
+// The array grows as needed up to enough for the largest state of a time step; more nodes
+// freed at once go back to the heap.
+constexpr size_t first_pool_capacity = 256;
 constexpr size_t max_kept_nodes = 16384;
+
+// Room for one more free node; false when the pool is full or cannot grow.
+bool grow_node_pool(NodePool& pool) {
+    if (pool.capacity >= max_kept_nodes) return false;
+    const size_t capacity = pool.capacity * 2;
+    auto* grown = static_cast<void**>(std::realloc(pool.free, capacity * sizeof(void*)));
+    if (grown == nullptr) return false;
+    pool.free = grown;
+    pool.capacity = capacity;
+    return true;
+}
 
 // Gives the kept nodes back to the heap when the thread ends; from then on nodes of this
 // thread come from and go to the heap directly.
 struct NodePoolCloser {
     ~NodePoolCloser() {
         NodePool& pool = node_pool;
-        while (pool.head != nullptr) {
-            FreeNode* node = pool.head;
-            pool.head = node->next;
-            ::operator delete(node);
-        }
+        for (size_t k = 0; k < pool.kept; ++k) ::operator delete(pool.free[k]);
+        std::free(pool.free);
+        pool.free = nullptr;
         pool.kept = 0;
+        pool.capacity = 0;
         pool.state = PoolState::gone;
     }
 };
 
 void open_node_pool(NodePool& pool) {
+    pool.free = static_cast<void**>(std::malloc(first_pool_capacity * sizeof(void*)));
+    if (pool.free == nullptr) {
+        pool.state = PoolState::gone;  // no pool then, only the heap
+        return;
+    }
+    pool.capacity = first_pool_capacity;
     thread_local NodePoolCloser closer;
     (void)closer;
     pool.state = PoolState::open;
@@ -223,12 +241,7 @@ struct mxArray_tag {
     static void* operator new(size_t size) {
         if (!pool_nodes) return ::operator new(size);
         NodePool& pool = node_pool;
-        if (pool.head != nullptr) {
-            FreeNode* node = pool.head;
-            pool.head = node->next;
-            --pool.kept;
-            return node;
-        }
+        if (pool.kept > 0) return pool.free[--pool.kept];
         if (pool.state == PoolState::unused) open_node_pool(pool);
         return ::operator new(size);
     }
@@ -238,12 +251,11 @@ struct mxArray_tag {
             return;
         }
         NodePool& pool = node_pool;
-        if (pool.state != PoolState::open || pool.kept >= max_kept_nodes) {
+        if (pool.state != PoolState::open || (pool.kept == pool.capacity && !grow_node_pool(pool))) {
             ::operator delete(node);
             return;
         }
-        pool.head = ::new (node) FreeNode{pool.head};
-        ++pool.kept;
+        pool.free[pool.kept++] = node;
     }
 };
 static_assert(sizeof(mxArray_tag) <= 64, "an array's header fits one cache line");
