@@ -232,7 +232,6 @@ struct mxArray_tag {
         }
     }
 
-    size_t field_count() const { return class_id == mxSTRUCT_CLASS ? slots.fields->size() : 0; }
     size_t slot_count() const {
         if (class_id == mxCELL_CLASS) return numel;
         return class_id == mxSTRUCT_CLASS ? numel * slots.fields->size() : 0;
@@ -489,8 +488,9 @@ void mxRemoveField(mxArray* pa, int fieldnum) {
     // later fields' values move forward, in place.
     const size_t old_n = pa->slots.fields->size();
     if (pa->numel > 0) {
-        mxArray** removed = pa->slots.elements + static_cast<size_t>(fieldnum) * pa->numel;
-        std::memmove(removed, removed + pa->numel, (old_n - 1 - static_cast<size_t>(fieldnum)) * pa->numel * sizeof(mxArray*));
+        const size_t f = static_cast<size_t>(fieldnum);
+        mxArray** removed = pa->slots.elements + f * pa->numel;
+        std::memmove(removed, removed + pa->numel, (old_n - 1 - f) * pa->numel * sizeof(mxArray*));
     }
     pa->slots.fields->remove(static_cast<size_t>(fieldnum));
 }
