@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "matrix.h"
@@ -94,13 +95,16 @@ TEST(MxStruct, FieldOrderIsOrderAdded) {
 }
 
 TEST(MxStruct, AddFieldKeepsValuesOfEveryElement) {
+    // Enough fields that some are added in the room already there and some need more.
+    const char* names[] = {"a", "b", "c", "d", "e", "f", "g"};
     Owned s(mxCreateStructMatrix(3, 1, 0, nullptr));
-    mxAddField(s.get(), "a");
-    for (mwIndex i = 0; i < 3; ++i) mxSetField(s.get(), i, "a", mxCreateDoubleScalar(static_cast<double>(i)));
-    mxAddField(s.get(), "b");
-    for (mwIndex i = 0; i < 3; ++i) {
-        EXPECT_EQ(mxGetScalar(mxGetField(s.get(), i, "a")), static_cast<double>(i));
-        EXPECT_EQ(mxGetField(s.get(), i, "b"), nullptr);
+    for (int n = 0; n < 7; ++n) {
+        SCOPED_TRACE(names[n]);
+        EXPECT_EQ(mxAddField(s.get(), names[n]), n);
+        for (mwIndex i = 0; i < 3; ++i) EXPECT_EQ(mxGetField(s.get(), i, names[n]), nullptr);
+        for (mwIndex i = 0; i < 3; ++i) mxSetField(s.get(), i, names[n], mxCreateDoubleScalar(10.0 * n + i));
+        for (int f = 0; f <= n; ++f)
+            for (mwIndex i = 0; i < 3; ++i) EXPECT_EQ(mxGetScalar(mxGetField(s.get(), i, names[f])), 10.0 * f + i);
     }
 }
 
@@ -145,12 +149,16 @@ TEST(MxStruct, SetFieldDoesNotFreeThePreviousValue) {
 TEST(MxStruct, RemoveFieldKeepsOtherFieldsInOrder) {
     Owned s(mxCreateStructMatrix(2, 1, 0, nullptr));
     for (const char* f : {"a", "b", "c"}) mxAddField(s.get(), f);
+    mxSetField(s.get(), 0, "a", mxCreateDoubleScalar(1));
     mxSetField(s.get(), 1, "c", mxCreateDoubleScalar(3));
     mxArray* b = mxCreateDoubleScalar(2);
     mxSetField(s.get(), 1, "b", b);
     mxRemoveField(s.get(), 1);
     mxDestroyArray(b);
     EXPECT_EQ(field_names(s.get()), (std::vector<std::string>{"a", "c"}));
+    EXPECT_EQ(mxGetScalar(mxGetField(s.get(), 0, "a")), 1.0);
+    EXPECT_EQ(mxGetField(s.get(), 1, "a"), nullptr);
+    EXPECT_EQ(mxGetField(s.get(), 0, "c"), nullptr);
     EXPECT_EQ(mxGetScalar(mxGetField(s.get(), 1, "c")), 3.0);
 }
 
@@ -331,6 +339,19 @@ TEST(MxCopy, DuplicateIsDeep) {
     EXPECT_EQ(mxDuplicateArray(nullptr), nullptr);
 }
 
+TEST(MxCopy, FieldChangesStayWithTheirArray) {
+    Owned s(mxCreateStructMatrix(1, 1, 0, nullptr));
+    for (const char* f : {"a", "b"}) mxAddField(s.get(), f);
+    Owned copy(mxDuplicateArray(s.get()));
+    Owned second(mxDuplicateArray(copy.get()));
+    mxAddField(copy.get(), "added");
+    mxRemoveField(s.get(), 0);
+    EXPECT_EQ(field_names(s.get()), (std::vector<std::string>{"b"}));
+    EXPECT_EQ(field_names(copy.get()), (std::vector<std::string>{"a", "b", "added"}));
+    EXPECT_EQ(field_names(second.get()), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(mxGetFieldNumber(second.get(), "added"), -1);
+}
+
 TEST(MxDestroy, AcceptsNullAndFreesNestedArrays) {
     mxDestroyArray(nullptr);
     mxArray* s = mxCreateStructMatrix(1, 1, 0, nullptr);
@@ -342,6 +363,20 @@ TEST(MxDestroy, AcceptsNullAndFreesNestedArrays) {
     // LeakSanitizer and valgrind fail the run if anything here is left behind.
     mxDestroyArray(s);
     SUCCEED();
+}
+
+TEST(MxDestroy, ArraysOutliveTheThreadThatMadeThem) {
+    mxArray* made_there = nullptr;
+    mxArray* made_here = mxCreateString("made here");
+    std::thread([&] {
+        made_there = mxCreateStructMatrix(1, 1, 0, nullptr);
+        mxAddField(made_there, "v");
+        mxSetField(made_there, 0, "v", mxCreateDoubleScalar(7));
+        mxDestroyArray(made_here);
+        mxDestroyArray(mxCreateDoubleScalar(1));
+    }).join();
+    EXPECT_EQ(mxGetScalar(mxGetField(made_there, 0, "v")), 7.0);
+    mxDestroyArray(made_there);
 }
 
 }  // namespace
