@@ -39,7 +39,8 @@ std::string read_text(const std::string& file) {
 
 // A fresh folder per test, holding the study file written from text.
 std::string write_study(const std::string& name, const std::string& text) {
-    const fs::path dir = fs::path(testing::TempDir()) / ("study_" + name);
+    // Of this process: the plain and sanitized builds' tests may run side by side.
+    const fs::path dir = fs::path(testing::TempDir()) / ("study_" + name + "_" + std::to_string(::getpid()));
     fs::remove_all(dir);
     fs::create_directories(dir);
     std::ofstream(dir / "study.json") << text;
@@ -271,7 +272,8 @@ TEST(StudyProgram, OneAndTwoJobsAgreeAndEachCaseRerunsAloneToTheSameResults) {
 }
 
 TEST(StudyProgram, AKilledStudyResumesWithoutRerunningFinishedCases) {
-    const std::string study = write_study("resume", study_text(battery + "," + strategies));
+    // Long enough cases that the study is still running when two of them are done.
+    const std::string study = write_study("resume", study_text(battery + "," + strategies, "\"steps\": 300,"));
     const std::string out = fs::path(study).parent_path() / "out";
     std::vector<std::string> words = {TAMLO_BENCH_PROGRAM, "study", study, "--out", out, "--jobs", "1", "--quiet",
                                       "--extension", TAMLO_EXTENSION_LIBRARY};
@@ -285,7 +287,7 @@ TEST(StudyProgram, AKilledStudyResumesWithoutRerunningFinishedCases) {
         if (fs::exists(out + "/cases")) n = std::distance(fs::directory_iterator(out + "/cases"), {});
         return n;
     };
-    for (int i = 0; i < 1200 && finished() < 2; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    for (int i = 0; i < 12000 && finished() < 2; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
     kill(pid, SIGKILL);
     int status = 0;
     waitpid(pid, &status, 0);
