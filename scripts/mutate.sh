@@ -198,6 +198,7 @@ for k in "${!ids[@]}"; do
   id=${ids[$k]} file=${files[$k]}
   log="$root/logs/$id.log"
   start=$SECONDS
+  caught=""
   if [ "$(occurrences "$file" "${originals[$k]}")" != 1 ]; then
     result="not applied"
   else
@@ -212,11 +213,14 @@ for k in "${!ids[@]}"; do
       result="survived"
     else
       result="killed"
+      # The first test that failed, to tell a real catch from a test that fails now and then.
+      caught=$(sed -n '/The following tests FAILED:/,$s/^[[:space:]]*[0-9]* - \([^ ]*\) (.*/\1/p' "$log" | head -1)
     fi
     restore
   fi
   totals[$result]=$(( ${totals[$result]:-0} + 1 ))
-  printf '%-9s %-12s %5s s  %s: %s\n' "$id" "$result" "$((SECONDS - start))" "$file" "${descriptions[$k]}"
+  printf '%-9s %-12s %5s s  %s: %s%s\n' "$id" "$result" "$((SECONDS - start))" "$file" "${descriptions[$k]}" \
+    "${caught:+ [by $caught]}"
   [ -n "$out" ] && printf '%s\t%s\n' "$id" "$result" >>"$out"
 done
 
