@@ -3,9 +3,10 @@
 # committed tree, rebuilds, runs the tests and says whether they caught it. Proves that a change
 # to the tests (consolidating them, say) lets no fault through that they caught before.
 #
-# Slow, and so not part of scripts/test.sh: on this 2-core machine a mutant takes 20 s to a few
-# minutes (one file rebuilt and relinked, then ctest until its first failure; a survivor runs
-# the whole suite), about an hour for the full list. The first run also builds the tree once.
+# Slow, and so not part of scripts/test.sh. Measured on this shared 2-core machine: a caught
+# mutant takes 20-80 s (its file rebuilt, what links it relinked, ctest until the first failure),
+# a survivor about 5 minutes (the whole suite, ~4 min); the full list 2 to 3 hours. The first
+# run also builds the tree (about 25 minutes here) and runs the suite once on it.
 #
 # Usage: scripts/mutate.sh [options] [SELECTOR...]
 #   SELECTOR        a mutant id (val-03), an id prefix ending in '-' (mx-), or a file prefix
@@ -182,8 +183,15 @@ if [ "$mode" = run ]; then
   if [ "$baseline" = 1 ]; then
     echo "== tests of the unmutated tree (every one must pass)"
     start=$SECONDS
-    run_tests >>"$root/logs/baseline.log" 2>&1 || {
-      echo "mutate.sh: the unmutated tree fails its tests; see $root/logs/baseline.log" >&2; exit 2; }
+    if ! run_tests >>"$root/logs/baseline.log" 2>&1; then
+      # A test that fails under load but passes alone is reported, not taken for a broken tree.
+      flaky=$(sed -n '/The following tests FAILED:/,$s/^[[:space:]]*[0-9]* - \([^ ]*\) (.*/\1/p' "$root/logs/baseline.log")
+      if ! ctest --test-dir "$build" --rerun-failed --timeout 120 --output-on-failure >>"$root/logs/baseline.log" 2>&1; then
+        echo "mutate.sh: the unmutated tree fails its tests; see $root/logs/baseline.log" >&2
+        exit 2
+      fi
+      echo "   note: $(echo $flaky) failed once and passed when run again: a mutant killed by it alone is doubtful"
+    fi
     echo "   passed in $((SECONDS - start)) s"
   fi
 fi
