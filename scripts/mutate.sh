@@ -186,12 +186,12 @@ if [ "$mode" = run ]; then
     start=$SECONDS
     if ! run_tests >>"$root/logs/baseline.log" 2>&1; then
       # A test that fails under load but passes alone is reported, not taken for a broken tree.
-      flaky=$(sed -n '/The following tests FAILED:/,$s/^[[:space:]]*[0-9]* - \([^ ]*\) (.*/\1/p' "$root/logs/baseline.log")
+      flaky=$(sed -n '/The following tests FAILED:/,$s/^[[:space:]]*[0-9]* - \([^ ]*\) (.*/\1/p' "$root/logs/baseline.log" | paste -sd ' ')
       if ! ctest --test-dir "$build" --rerun-failed --timeout 120 --output-on-failure >>"$root/logs/baseline.log" 2>&1; then
         echo "mutate.sh: the unmutated tree fails its tests; see $root/logs/baseline.log" >&2
         exit 2
       fi
-      echo "   note: $(echo $flaky) failed once and passed when run again: a mutant killed by it alone is doubtful"
+      echo "   note: $flaky failed once and passed when run again: a mutant killed by it alone is doubtful"
     fi
     echo "   passed in $((SECONDS - start)) s"
   fi
