@@ -11,11 +11,7 @@ bool template_requested(int argc, char** argv);
 // Serves fork requests on template_fd; returns only in a fork, with the fork's own engine
 // socket, after telling its client that the engine is ready. The template itself leaves when
 // template_fd ends.
-//
-// The next engine is forked ahead of its request, and runs warm_up (which must leave nothing
-// a user could see) while it waits: the first pages an engine writes are copied then, not
-// while the host waits for its first reply.
-int serve_engine_forks(int template_fd, void (*warm_up)());
+int serve_engine_forks(int template_fd);
 
 }  // namespace tamlo::server
 

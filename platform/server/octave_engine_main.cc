@@ -177,15 +177,6 @@ void install_unattended_builtins(octave::interpreter& interp) {
     }
 }
 
-octave::interpreter* forked_interpreter = nullptr;
-
-// What an engine's first command does with every engine's folder and workspace, done while the
-// engine waits for its request: a workspace cleared of nothing and a change to the folder it
-// is in leave nothing to see, and the pages they write are copied before anyone waits.
-void warm_up_fork() {
-    if (forked_interpreter != nullptr) evaluate(*forked_interpreter, "clear; cd(pwd);");
-}
-
 bool valid_variable_name(const std::string& name) {
     return octave::valid_identifier(name) && !octave::iskeyword(name);
 }
@@ -414,10 +405,7 @@ int main(int argc, char** argv) {
         // Tells the client that the interpreter is ready.
         if (!tamlo::wire::send_frame(sock, Writer(Kind::ok).finish())) ::_exit(0);
         // A template forks a fresh engine per open; only its forks go on to serve.
-        forked_interpreter = &interp;
-        Server server(interp, tamlo::server::template_requested(argc, argv)
-                                  ? tamlo::server::serve_engine_forks(sock, warm_up_fork)
-                                  : sock);
+        Server server(interp, tamlo::server::template_requested(argc, argv) ? tamlo::server::serve_engine_forks(sock) : sock);
         status = server.run();
         ::close(sock);
         std::cout.flush();
