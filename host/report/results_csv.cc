@@ -34,46 +34,53 @@ void add(std::string& line, double value) {
     line += buffer;
 }
 
+// One column name of the header line, after a comma.
+void add_name(std::string& header, const std::string& prefix, const char* field) {
+    header += ',';
+    header += prefix;
+    header += field;
+}
+
 }  // namespace
 
 std::string results_header(const SimulationParameters& p) {
     std::string h = "time_step";
     for (const char* bus : {"ac_bus.", "dc_bus."}) {
-        for (const char* f : bus_fields) h += std::string(",") + bus + f;
+        for (const char* f : bus_fields) add_name(h, bus, f);
     }
     for (std::size_t i = 0; i < p.generator_list.size(); ++i) {
-        for (const char* f : {"power_available", "power_setpoint", "current_state"}) h += "," + element("generators", i) + f;
+        for (const char* f : {"power_available", "power_setpoint", "current_state"}) add_name(h, element("generators", i), f);
     }
     for (std::size_t i = 0; i < p.pv_list.size(); ++i) {
-        for (const char* f : {"power_available", "power_setpoint"}) h += "," + element("pvs", i) + f;
+        for (const char* f : {"power_available", "power_setpoint"}) add_name(h, element("pvs", i), f);
     }
     for (std::size_t i = 0; i < p.wind_turbine_list.size(); ++i) {
-        for (const char* f : {"power_available", "power_setpoint"}) h += "," + element("wind_turbines", i) + f;
+        for (const char* f : {"power_available", "power_setpoint"}) add_name(h, element("wind_turbines", i), f);
     }
     for (std::size_t i = 0; i < p.battery_list.size(); ++i) {
         for (const char* f : {"state_of_charge_kwh", "state_of_charge_percent", "max_charge_power",
                               "max_discharge_power", "power_setpoint"}) {
-            h += "," + element("batteries", i) + f;
+            add_name(h, element("batteries", i), f);
         }
-        for (const char* f : converter_fields) h += "," + element("batteries", i) + "dedicated_converter." + f;
+        for (const char* f : converter_fields) add_name(h, element("batteries", i) + "dedicated_converter.", f);
     }
     for (std::size_t i = 0; i < p.converter_list.size(); ++i) {
-        for (const char* f : converter_fields) h += "," + element("converters", i) + f;
+        for (const char* f : converter_fields) add_name(h, element("converters", i), f);
     }
     for (std::size_t i = 0; i < p.grid_list.size(); ++i) {
         for (const char* f : {"grid_is_down", "max_grid_purchases", "max_grid_sales", "power_price", "sellback_rate",
                               "grid_purchases", "grid_sales"}) {
-            h += "," + element("grids", i) + f;
+            add_name(h, element("grids", i), f);
         }
     }
     for (std::size_t i = 0; i < p.primary_load_list.size(); ++i) {
-        for (const char* f : {"load_requested", "load_served"}) h += "," + element("primary_loads", i) + f;
+        for (const char* f : {"load_requested", "load_served"}) add_name(h, element("primary_loads", i), f);
     }
     for (std::size_t i = 0; i < p.custom_component_list.size(); ++i) {
-        for (const char* f : {"power_available", "power_setpoint"}) h += "," + element("custom_components", i) + f;
+        for (const char* f : {"power_available", "power_setpoint"}) add_name(h, element("custom_components", i), f);
     }
     for (std::size_t i = 0; i < p.flywheel_list.size(); ++i) {
-        for (const char* f : {"flywheel_state", "load_served"}) h += "," + element("flywheels", i) + f;
+        for (const char* f : {"flywheel_state", "load_served"}) add_name(h, element("flywheels", i), f);
     }
     return h;
 }
