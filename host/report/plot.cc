@@ -209,7 +209,10 @@ std::string YearPlot::month_data() const {
     char buffer[96];
     for (std::size_t m = 0; m < months_.size(); ++m) {
         text += month_names[m % 12];
-        if (months_.size() > 12) text += "-" + std::to_string(m / 12 + 1);
+        if (months_.size() > 12) {
+            text += '-';
+            text += std::to_string(m / 12 + 1);
+        }
         for (double v : months_[m].sources) {
             std::snprintf(buffer, sizeof buffer, " %g", v);
             text += buffer;

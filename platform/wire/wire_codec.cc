@@ -58,7 +58,11 @@ bool valid_field_name(std::string_view name) {
 }
 
 std::string element_step(size_t index, size_t numel) {
-    return numel == 1 ? std::string() : "(" + std::to_string(index + 1) + ")";
+    if (numel == 1) return {};
+    std::string step = "(";
+    step += std::to_string(index + 1);
+    step += ')';
+    return step;
 }
 
 bool count_elements(std::span<const uint64_t> dims, size_t& numel, std::string& problem) {

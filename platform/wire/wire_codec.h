@@ -232,7 +232,7 @@ bool decode_array(Reader& r, B& b, typename B::Value& out, int depth = 0) {
             if (!present) continue;
             typename B::Value e{};
             if (!decode_array(r, b, e, depth + 1)) {
-                r.prefix_location("{" + std::to_string(i + 1) + "}");
+                r.prefix_location(std::string(1, '{').append(std::to_string(i + 1)).append(1, '}'));
                 return false;
             }
             b.set_cell(c, i, std::move(e));

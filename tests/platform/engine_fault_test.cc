@@ -67,7 +67,7 @@ TEST(EngineLifecycle, ServerIsFoundBesideTheLibraryWithoutEnvironment) {
     EXPECT_EQ(p.substr(p.size() - std::strlen("/octave-engine")), "/octave-engine");
     EXPECT_EQ(::access(path, X_OK), 0);
     // The program found is one of the places listed, one per line.
-    const std::string places = "\n" + std::string(tamlo_engServerCandidates());
+    const std::string places = std::string("\n").append(tamlo_engServerCandidates());
     EXPECT_NE(places.find("\n" + p + "\n"), std::string::npos) << places;
 }
 

@@ -244,7 +244,14 @@ std::string nesting_seen_by_us(const mxArray* a) {
     int cells = 0;
     for (; a != nullptr && mxIsCell(a); ++cells) a = mxGetCell(a, 0);
     if (a == nullptr) return std::to_string(cells) + " nothing";
-    return std::to_string(cells) + " " + mxGetClassName(a) + (mxIsEmpty(a) ? " []" : " " + std::to_string(static_cast<int>(mxGetScalar(a))));
+    std::string seen = std::to_string(cells) + " " + mxGetClassName(a);
+    if (mxIsEmpty(a)) {
+        seen += " []";
+    } else {
+        seen += ' ';
+        seen += std::to_string(static_cast<int>(mxGetScalar(a)));
+    }
+    return seen;
 }
 
 TEST_F(EngineRoundTrip, NestingPastTheLimitEndsInTheStandInBothWays) {
