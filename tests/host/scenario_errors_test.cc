@@ -5,16 +5,18 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-
 #include <sstream>
 
 #include "command_line.h"
 #include "input_error.h"
 #include "json_reader.h"
+#include "row_name.h"
 #include "scenario.h"
 
 namespace tamlo_host {
 namespace {
+
+using tamlo_test::PrintTo;
 
 const char* const base_scenario = R"({
   "timestep_size_in_seconds": 3600,
@@ -224,11 +226,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"folder where a series file is expected",
                  R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "it's"}])",
                  "{dir}/it's: is a folder; name a CSV file (named at plant.primary_loads[0].load in {dir}/s.json)"}),
-    [](const ::testing::TestParamInfo<BadInput>& info) {
-        std::string name = info.param.name;
-        for (char& c : name) c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-        return name;
-    });
+    tamlo_test::row_name);
 
 TEST_F(ScenarioFiles, LongTextIsCutInTheMessage) {
     const std::string text(20 * 1024 * 1024, 'x');
@@ -310,11 +308,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadCommandLine{"year plot in a missing folder", "--plot-year {dir}/missing/year.png",
                        "dispatch-bench: --plot-year {dir}/missing/year.png: the folder {dir}/missing does not exist; "
                        "create it first\n"}),
-    [](const ::testing::TestParamInfo<BadCommandLine>& info) {
-        std::string name = info.param.name;
-        for (char& c : name) c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-        return name;
-    });
+    tamlo_test::row_name);
 
 TEST_F(ScenarioFiles, MissingScenarioFileIsNamed) {
     try {

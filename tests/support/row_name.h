@@ -1,6 +1,6 @@
 // Names parameterized test rows after their description, so a failure names the case.
-#ifndef TAMLO_TESTS_VALIDATION_ROW_NAME_H
-#define TAMLO_TESTS_VALIDATION_ROW_NAME_H
+#ifndef TAMLO_TESTS_SUPPORT_ROW_NAME_H
+#define TAMLO_TESTS_SUPPORT_ROW_NAME_H
 
 #include <gtest/gtest.h>
 
