@@ -1,5 +1,5 @@
 // Studies: cases per minute for 200 short cases with warm engine opens against a cold start per
-// case, on one and two workers; and one engine open, warm against cold.
+// case, on one and two workers. Engine opens alone: engine_open_bench.
 #include <benchmark/benchmark.h>
 #include <sys/wait.h>
 
@@ -9,8 +9,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-
-#include "engine.h"
 
 namespace {
 
@@ -47,24 +45,6 @@ void run_study(benchmark::State& state, int jobs, bool warm) {
     state.counters["cases_per_minute"] = 60.0 * study_cases / seconds;
 }
 
-void engine_open(benchmark::State& state, bool warm) {
-    setenv("TAMLO_ENG_WARM", warm ? "1" : "0", 1);
-    if (warm) engClose(engOpenSingleUse("", nullptr, nullptr));  // the template's own start
-    for (auto _ : state) {
-        int status = 0;
-        Engine* engine = engOpenSingleUse("", nullptr, &status);
-        if (engine == nullptr) {
-            state.SkipWithError("the engine did not start");
-            break;
-        }
-        state.PauseTiming();
-        engClose(engine);
-        state.ResumeTiming();
-    }
-}
-
-BENCHMARK_CAPTURE(engine_open, cold, false)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(20);
-BENCHMARK_CAPTURE(engine_open, warm, true)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(50);
 BENCHMARK_CAPTURE(run_study, cold_jobs_1, 1, false)->Unit(benchmark::kSecond)->UseRealTime()->Iterations(1);
 BENCHMARK_CAPTURE(run_study, warm_jobs_1, 1, true)->Unit(benchmark::kSecond)->UseRealTime()->Iterations(1);
 BENCHMARK_CAPTURE(run_study, warm_jobs_2, 2, true)->Unit(benchmark::kSecond)->UseRealTime()->Iterations(1);
