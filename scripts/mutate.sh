@@ -6,6 +6,7 @@
 # Slow, and so not part of scripts/test.sh. Measured on this shared 2-core machine: a caught
 # mutant takes 20-80 s (its file rebuilt, what links it relinked, ctest until the first failure),
 # a survivor 1-2 minutes (the whole suite, about a minute); the full list about 2 hours. The
+# tests of the mutated file's own layer run first, the rest only if those all pass. The
 # first run also builds the tree (25 minutes here under load) and runs the suite once on it.
 #
 # Usage: scripts/mutate.sh [options] [SELECTOR...]
@@ -139,8 +140,23 @@ fi
 
 build_tree() { cmake --build "$build" -j "$jobs"; }
 # A mutant's run stops at the first failure; the baseline runs every test.
+# EXCLUDE: a label regex of tests to leave out (the packaging tests are always left out).
 run_tests() {
-  ctest --test-dir "$build" -LE packaging --timeout 120 -j "$jobs" --output-on-failure "$@"
+  ctest --test-dir "$build" -LE "packaging${exclude:+|$exclude}" --timeout 120 -j "$jobs" --output-on-failure "$@"
+}
+
+# The test labels (test folders) nearest to a mutated FILE: they run first, since they
+# usually catch its faults in seconds; the rest of the suite runs only if they all pass.
+layer_labels() {
+  case "$1" in
+    extension/*) echo '^(extension|e2e)$' ;;
+    validation/*|marshal/*|matlab/*|platform/*|host/*|interface/*) echo "^${1%%/*}\$" ;;
+    *) echo '' ;;
+  esac
+}
+layer_first() {
+  local labels; labels=$(layer_labels "$1")
+  [ -z "$labels" ] || run_tests --stop-on-failure -L "$labels"
 }
 
 # Compile commands of the sources a mutated FILE takes part in: the file itself, or for a
@@ -218,7 +234,9 @@ for k in "${!ids[@]}"; do
       if syntax_check "$file" >"$log" 2>&1; then result="compiles"; else result="no build"; fi
     elif ! build_tree >"$log" 2>&1; then
       result="no build"
-    elif run_tests --stop-on-failure >>"$log" 2>&1; then
+    elif ! layer_first "$file" >>"$log" 2>&1; then
+      result="killed"
+    elif exclude=$(layer_labels "$file") run_tests --stop-on-failure >>"$log" 2>&1; then
       result="survived"
     else
       result="killed"
