@@ -1,5 +1,5 @@
 // Records for the validation tests: a small system whose dispatch breaks no rule, and the
-// pieces to build others from.
+// ways to run the checks on it.
 #ifndef TAMLO_TESTS_VALIDATION_TEST_SYSTEMS_H
 #define TAMLO_TESTS_VALIDATION_TEST_SYSTEMS_H
 
@@ -16,6 +16,7 @@
 namespace tamlo_test {
 
 using namespace tamlo_dispatch;
+using Warnings = std::vector<std::string>;
 
 struct System {
     SimulationParameters parameters;
@@ -29,26 +30,10 @@ Parameters on_bus(bool is_ac) {
     return p;
 }
 
-inline GeneratorParameters generator_parameters(bool is_ac, double minimum_load) {
-    GeneratorParameters p = on_bus<GeneratorParameters>(is_ac);
+inline GeneratorParameters generator_parameters(double minimum_load) {
+    GeneratorParameters p = on_bus<GeneratorParameters>(true);
     p.minimum_load = minimum_load;
     return p;
-}
-
-inline ConverterParameters converter_parameters(double inverter_capacity, double rectifier_capacity,
-                                                double inverter_efficiency, double rectifier_efficiency) {
-    ConverterParameters c;
-    c.inverter_capacity = inverter_capacity;
-    c.rectifier_capacity = rectifier_capacity;
-    c.inverter_efficiency = inverter_efficiency;
-    c.rectifier_efficiency = rectifier_efficiency;
-    return c;
-}
-
-inline GridParameters grid_parameters() {
-    GridParameters g;
-    g.technical_model = std::make_shared<RealTime>();
-    return g;
 }
 
 inline BusState bus(double requested, double served, double unmet, double excess, double capacity_requested,
@@ -57,45 +42,46 @@ inline BusState bus(double requested, double served, double unmet, double excess
 }
 
 // A balanced system of each kind of component on both buses; every check passes.
-// AC: generators 40 + 30, PV 20, wind 10, no converter flow, no grid trade -> 100 served of 100.
-// DC: battery discharging 9, custom component 1 (own flag DC) -> 10 served of 10.
+// AC: generators 40 + 30, PV 20, wind 10 -> 100 kW produced of 100 requested; capacity 100 + 80
+//     + 25 + 12, and 50 the grid may sell to it -> 267 kW.
+// DC: battery discharging 9, custom component 1 (own flag DC) -> 10 of 10; capacity 50 + 2 -> 52.
+// Converter: inverter 100 kW at 90 %, rectifier 100 kW at 85 %, idle. Time step 5 in messages.
 inline System quiet_system() {
     System s;
     SimulationParameters& p = s.parameters;
     SimulationState& st = s.state;
 
-    p.generator_list = {generator_parameters(true, 10.0), generator_parameters(true, 5.0)};
+    p.generator_list = {generator_parameters(10.0), generator_parameters(5.0)};
     st.generator_list = {{100.0, 40.0, DISPATCH_DECIDES}, {80.0, 30.0, FORCED_ON_FOR_SCHEDULE}};
-
     p.pv_list = {on_bus<PvParameters>(true)};
     st.pv_list = {{25.0, 20.0}};
-
     p.wind_turbine_list = {on_bus<WindTurbineParameters>(true)};
     st.wind_turbine_list = {{10.0, 12.0, DISPATCH_DECIDES}};
 
     p.battery_list = {on_bus<BatteryParameters>(false)};
-    BatteryState battery;
-    battery.max_discharge_power = 50.0;
-    battery.power_setpoint = -9.0;
-    st.battery_list = {battery};
-
+    st.battery_list.resize(1);
+    st.battery_list[0].max_discharge_power = 50.0;
+    st.battery_list[0].power_setpoint = -9.0;
     CustomComponentParameters custom = on_bus<CustomComponentParameters>(true);
     custom.is_AC = false;  // the custom component's own flag decides its bus
     p.custom_component_list = {custom};
     st.custom_component_list = {{2.0, 1.0}};
 
-    p.converter_list = {converter_parameters(100.0, 100.0, 90.0, 85.0)};
+    p.converter_list.resize(1);
+    p.converter_list[0].inverter_capacity = 100.0;
+    p.converter_list[0].rectifier_capacity = 100.0;
+    p.converter_list[0].inverter_efficiency = 90.0;
+    p.converter_list[0].rectifier_efficiency = 85.0;
     st.converter_list = {ConverterState{}};
 
-    p.grid_list = {grid_parameters()};
-    GridState grid;
-    grid.max_grid_purchases = 50.0;
-    grid.max_grid_sales = 50.0;
-    st.grid_list = {grid};
+    p.grid_list.resize(1);
+    p.grid_list[0].technical_model = std::make_shared<RealTime>();
+    st.grid_list.resize(1);
+    st.grid_list[0].max_grid_purchases = 50.0;
+    st.grid_list[0].max_grid_sales = 50.0;
 
     p.primary_load_list = {{"ac load", true, 100.0}, {"dc load", false, 10.0}};
     st.primary_load_list = {{100.0, 100.0}, {10.0, 10.0}};
-
     st.ac_bus = bus(100.0, 100.0, 0.0, 0.0, 20.0, 20.0, 0.0);
     st.dc_bus = bus(10.0, 10.0, 0.0, 0.0, 5.0, 5.0, 0.0);
     st.current_timestep = 4;
@@ -103,7 +89,7 @@ inline System quiet_system() {
 }
 
 // The warnings of one validation, after the given earlier ones.
-inline std::vector<std::string> validate(const System& s, std::vector<std::string> earlier = {}) {
+inline Warnings validate(const System& s, Warnings earlier = {}) {
     SimulationErrorsAndWarnings messages;
     messages.simulation_warnings = std::move(earlier);
     tamlo_validation::validate_dispatch(s.parameters, s.state, messages);

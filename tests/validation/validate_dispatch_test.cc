@@ -1,21 +1,38 @@
-// The whole validation of a time step: the entry gate with its limit, the order of the check
-// groups, and systems whose lists or converter figures are unusual.
+// The whole validation of a time step: the warning limit and its note, the order of the check
+// groups, the supply estimated for each bus, and no allocation while every check passes.
 #include "validate_dispatch.h"
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <new>
 
+#include "bus_balance.h"
+#include "row_name.h"
 #include "test_systems.h"
+
+namespace {
+std::size_t allocations = 0;
+}  // namespace
+
+// Counts every allocation of this test program.
+void* operator new(std::size_t size) {
+    ++allocations;
+    if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
+    throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 namespace tamlo_test {
 namespace {
 
-const char* const note = "There were additional warnings.";
+using tamlo_test::PrintTo;
 
-std::vector<std::string> earlier_warnings(int count) {
-    std::vector<std::string> warnings;
+Warnings earlier_warnings(int count) {
+    Warnings warnings;
     for (int i = 1; i <= count; ++i) {
         warnings.push_back("earlier " + std::to_string(i));
     }
@@ -23,7 +40,7 @@ std::vector<std::string> earlier_warnings(int count) {
 }
 
 // Three sign violations in one step.
-System system_with_three_violations() {
+System three_violations() {
     System s = quiet_system();
     s.state.ac_bus.capacity_shortage = -1.0;
     s.state.ac_bus.excess_electricity = -2.0;
@@ -31,47 +48,40 @@ System system_with_three_violations() {
     return s;
 }
 
-TEST(ValidateDispatch, QuietSystemGivesNoWarning) {
-    EXPECT_TRUE(validate(quiet_system()).empty());
-}
+struct LimitRow {
+    const char* name;
+    int earlier;
+    System system;
+    Warnings added;
+};
 
-TEST(ValidateDispatch, NineWarningsGrowToTwelveWithoutNoteThenNothingMore) {
-    const System s = system_with_three_violations();
-    std::vector<std::string> expected = earlier_warnings(9);
-    expected.push_back("Capacity shortage can't be less than zero: simulation_state.ac_bus.capacity_shortage = "
-                       "-1.000000 kW. Time step: 5");
-    expected.push_back("Excess electricity can't be less than zero: simulation_state.ac_bus.excess_electricity = "
-                       "-2.000000 kW. Time step: 5");
-    expected.push_back("Capacity shortage can't be less than zero: simulation_state.dc_bus.capacity_shortage = "
-                       "-3.000000 kW. Time step: 5");
-    const std::vector<std::string> after_first = validate(s, earlier_warnings(9));
+class WarningLimit : public ::testing::TestWithParam<LimitRow> {};
+
+// A second step after the first adds nothing more in every row: either the limit was passed
+// or the note ended the list.
+TEST_P(WarningLimit, AddsThenStops) {
+    const LimitRow& r = GetParam();
+    Warnings expected = earlier_warnings(r.earlier);
+    expected.insert(expected.end(), r.added.begin(), r.added.end());
+    const Warnings after_first = validate(r.system, earlier_warnings(r.earlier));
     EXPECT_EQ(after_first, expected);
-    EXPECT_EQ(validate(s, after_first), expected);
-    EXPECT_EQ(validate(quiet_system(), after_first), expected);
+    EXPECT_EQ(validate(r.system, after_first), expected);
 }
 
-TEST(ValidateDispatch, TenWarningsGetNoteAsEleventhThenNothingMore) {
-    const System s = system_with_three_violations();
-    std::vector<std::string> expected = earlier_warnings(10);
-    expected.push_back(note);
-    const std::vector<std::string> after_first = validate(s, earlier_warnings(10));
-    EXPECT_EQ(after_first, expected);
-    EXPECT_EQ(validate(s, after_first), expected);
-}
-
-TEST(ValidateDispatch, TenWarningsGetNoteEvenWhenNothingFails) {
-    std::vector<std::string> expected = earlier_warnings(10);
-    expected.push_back(note);
-    EXPECT_EQ(validate(quiet_system(), earlier_warnings(10)), expected);
-}
-
-TEST(ValidateDispatch, MoreThanTenWarningsAddNothing) {
-    EXPECT_EQ(validate(system_with_three_violations(), earlier_warnings(15)), earlier_warnings(15));
-}
-
-TEST(ValidateDispatch, EmptiedListIsCheckedAgain) {
-    EXPECT_EQ(validate(system_with_three_violations(), {}).size(), 3u);
-}
+INSTANTIATE_TEST_SUITE_P(Rows, WarningLimit, ::testing::Values(
+    LimitRow{"nine earlier grow to twelve without the note", 9, three_violations(),
+        {"Capacity shortage can't be less than zero: simulation_state.ac_bus.capacity_shortage = -1.000000 kW. "
+         "Time step: 5",
+         "Excess electricity can't be less than zero: simulation_state.ac_bus.excess_electricity = -2.000000 kW. "
+         "Time step: 5",
+         "Capacity shortage can't be less than zero: simulation_state.dc_bus.capacity_shortage = -3.000000 kW. "
+         "Time step: 5"}},
+    LimitRow{"ten earlier get the note instead of new warnings", 10, three_violations(),
+        {"There were additional warnings."}},
+    LimitRow{"ten earlier get the note even when nothing fails", 10, quiet_system(),
+        {"There were additional warnings."}},
+    LimitRow{"eleven earlier get nothing", 11, three_violations(), {}}),
+    row_name);
 
 TEST(ValidateDispatch, GroupsReportInFixedOrder) {
     System s = quiet_system();
@@ -85,144 +95,120 @@ TEST(ValidateDispatch, GroupsReportInFixedOrder) {
     st.dc_bus.operating_capacity_served = 2.0;  // B8
     st.ac_bus.unmet_load = -1.0;  // S5
     st.dc_bus.load_served = 10.5;  // L2
-    EXPECT_EQ(validate(s), (std::vector<std::string>{
-        "Dispatch must set simulation_state.converter.inverter_power_output (10.000000 kW) equal to "
-        "simulation_state.converter.inverter_power_input (10.000000 kW) * "
-        "simulation_parameters.converter.inverter_efficiency/100. Incorrect value found in time step: 5",
-        "simulation_state.generators(1).power_setpoint (30.000000 kW) is greater than the generator's "
-        "power_available (25.000000 kW) in time step: 5",
-        "simulation_state.grids[0].grid_sales (0.000000 kW) exceeds simulation_state.grids[0].max_grid_sales in "
-        "time step: 5",
-        "The value of simulation_state.pvs(1).power_setpoint (20.000000 kW) can't be larger than the "
-        "power_available (19.000000 kW) in timestep: 5",
-        "If there is a capacity shortage, the MATLAB dispatch must set simulation_state.dc_bus.capacity_shortage "
-        "equal to simulation_state.dc_bus.operating_capacity_requested - "
-        "simulation_state.dc_bus.operating_capacity_served. DC operating capacity requested: 5.000000 kW. DC "
-        "operating capacity served: 2.000000 kW. Capacity shortage: 0.000000 kW. Time step: 5",
-        "Unmet load can't be less than zero: simulation_state.ac_bus.unmet_load = -1.000000 kW. Time step: 5",
-        "Load served can't be greater than load requested: simulation_state.dc_bus.load_served = 10.500000. "
-        "simulation_state.dc_bus.load_requested = 10.000000 kW. Time step: 5"}));
+    const Warnings w = validate(s);
+    ASSERT_EQ(w.size(), 7u);
+    const char* const leads[] = {"Dispatch must set simulation_state.converter.inverter_power_output",
+                                 "simulation_state.generators(1).power_setpoint",
+                                 "simulation_state.grids[0].grid_sales",
+                                 "The value of simulation_state.pvs(1)",
+                                 "If there is a capacity shortage, the MATLAB dispatch must set simulation_state.dc_bus",
+                                 "Unmet load can't be less than zero",
+                                 "Load served can't be greater than load requested"};
+    for (std::size_t i = 0; i < w.size(); ++i) {
+        EXPECT_EQ(w[i].rfind(leads[i], 0), 0u) << w[i];
+    }
 }
 
-TEST(ValidateDispatch, LastTimeStepNumberWrapsToZero) {
+// ---- Supply estimated for each bus ----
+
+struct SupplyRow {
+    const char* name;
+    void (*change)(System&);
+    double ac_production;
+    double ac_capacity;
+    double dc_production;
+    double dc_capacity;
+};
+
+class BusSupply : public ::testing::TestWithParam<SupplyRow> {};
+
+TEST_P(BusSupply, SumsEachSourceOnItsBus) {
+    const SupplyRow& r = GetParam();
     System s = quiet_system();
-    s.state.current_timestep = 4294967295u;
-    s.state.dc_bus.unmet_load = -1.0;
-    EXPECT_EQ(validate(s), std::vector<std::string>{
-        "Unmet load can't be less than zero: simulation_state.dc_bus.unmet_load = -1.000000 kW. Time step: 0"});
+    r.change(s);
+    Warnings warnings;
+    const tamlo_validation::BusEstimates e = tamlo_validation::estimate_bus_supply(s.parameters, s.state, warnings);
+    EXPECT_NEAR(e.ac.production, r.ac_production, 1e-9);
+    EXPECT_NEAR(e.ac.capacity, r.ac_capacity, 1e-9);
+    EXPECT_NEAR(e.dc.production, r.dc_production, 1e-9);
+    EXPECT_NEAR(e.dc.capacity, r.dc_capacity, 1e-9);
 }
 
-// AC generator of 30 kW available, DC battery of 40 kW, AC asks 50 kW of capacity, DC 10 kW.
-System capacity_transfer_system(double inverter_capacity, double inverter_efficiency, double ac_capacity_served) {
-    System s;
-    s.parameters.generator_list = {generator_parameters(true, 0.0)};
-    s.state.generator_list = {{30.0, 0.0, DISPATCH_DECIDES}};
-    s.parameters.battery_list = {on_bus<BatteryParameters>(false)};
-    s.state.battery_list.resize(1);
-    s.state.battery_list[0].max_discharge_power = 40.0;
-    s.parameters.converter_list = {converter_parameters(inverter_capacity, 100.0, inverter_efficiency, 90.0)};
-    s.state.converter_list = {ConverterState{}};
-    s.state.ac_bus = bus(0.0, 0.0, 0.0, 0.0, 50.0, ac_capacity_served, 50.0 - ac_capacity_served);
-    s.state.dc_bus = bus(0.0, 0.0, 0.0, 0.0, 10.0, 10.0, 0.0);
-    return s;
+void ac_lacks_capacity(System& s) {
+    s.state.ac_bus.operating_capacity_requested = 300.0;  // 217 before the grid's 50: lacks 83
 }
 
-TEST(ValidateDispatch, SpareDcCapacityCoversAcRequest) {
-    EXPECT_TRUE(validate(capacity_transfer_system(100.0, 90.0, 50.0)).empty());
+INSTANTIATE_TEST_SUITE_P(Rows, BusSupply, ::testing::Values(
+    SupplyRow{"quiet system, custom component on the bus of its own flag", [](System&) {}, 100.0, 267.0, 10.0, 52.0},
+    SupplyRow{"charging battery draws from its bus", [](System& s) { s.state.battery_list[0].power_setpoint = 9.0; },
+        100.0, 267.0, -8.0, 52.0},
+    SupplyRow{"grid trade and purchase limit feed AC", [](System& s) {
+        s.state.grid_list[0] = GridState{{}, 60.0, 7.0, 5.0, 2.0, 0.0, 0.0};
+    }, 103.0, 277.0, 10.0, 52.0},
+    SupplyRow{"converter flows move production between buses",
+        [](System& s) { s.state.converter_list[0] = ConverterState{10.0, 9.0, 20.0, 17.0}; }, 89.0, 267.0, 17.0, 52.0},
+    SupplyRow{"flywheel of the parameters adds capacity and its parasitic load", [](System& s) {
+        s.parameters.flywheel_list = {on_bus<FlywheelParameters>(true)};
+        s.parameters.flywheel_list[0].charge_discharge_capacity = 7.0;
+        s.parameters.flywheel_list[0].parasitic_load = 0.5;
+    }, 99.5, 274.0, 10.0, 52.0},
+    SupplyRow{"state entries without parameters count on no bus", [](System& s) {
+        s.state.generator_list.push_back({500.0, 500.0, DISPATCH_DECIDES});
+        s.state.battery_list.push_back(BatteryState{});
+        s.state.battery_list.back().power_setpoint = -500.0;
+        s.state.pv_list.push_back({500.0, 500.0});
+        s.state.wind_turbine_list.push_back({500.0, 500.0, DISPATCH_DECIDES});
+        s.state.custom_component_list.push_back({500.0, 500.0});
+    }, 100.0, 267.0, 10.0, 52.0},
+    SupplyRow{"inverter moves spare DC capacity, after its losses", ac_lacks_capacity,
+        100.0, 267.0 + 47.0 * 0.9, 10.0, 5.0},
+    SupplyRow{"inverter capacity limits the move", [](System& s) {
+        ac_lacks_capacity(s);
+        s.parameters.converter_list[0].inverter_capacity = 10.0;
+    }, 100.0, 277.0, 10.0, 52.0 - 10.0 / 0.9},
+    SupplyRow{"rectifier moves spare AC capacity to DC", [](System& s) {
+        s.state.dc_bus.operating_capacity_requested = 100.0;
+        s.parameters.converter_list[0].rectifier_capacity = 500.0;
+    }, 100.0, 20.0 + 50.0, 10.0, 52.0 + 197.0 * 0.85},
+    SupplyRow{"converter of 0 % efficiency moves nothing", [](System& s) {
+        ac_lacks_capacity(s);
+        s.parameters.converter_list[0].inverter_efficiency = 0.0;
+    }, 100.0, 267.0, 10.0, 52.0},
+    SupplyRow{"converter of NaN efficiency moves nothing", [](System& s) {
+        ac_lacks_capacity(s);
+        s.parameters.converter_list[0].inverter_efficiency = std::numeric_limits<double>::quiet_NaN();
+    }, 100.0, 267.0, 10.0, 52.0},
+    SupplyRow{"nothing moves when both buses lack", [](System& s) {
+        ac_lacks_capacity(s);
+        s.state.dc_bus.operating_capacity_requested = 100.0;
+    }, 100.0, 267.0, 10.0, 52.0},
+    SupplyRow{"converter and grid are skipped when the state lists neither", [](System& s) {
+        ac_lacks_capacity(s);
+        s.state.converter_list.clear();
+        s.state.grid_list.clear();
+    }, 100.0, 217.0, 10.0, 52.0}),
+    row_name);
+
+// ---- Allocations ----
+
+TEST(ValidationAllocations, PassingStepAllocatesNothing) {
+    const System s = quiet_system();
+    SimulationErrorsAndWarnings messages;
+    messages.simulation_warnings.reserve(4);
+    const std::size_t before = allocations;
+    tamlo_validation::validate_dispatch(s.parameters, s.state, messages);
+    EXPECT_EQ(allocations - before, 0u);
+    EXPECT_TRUE(messages.simulation_warnings.empty());
 }
 
-TEST(ValidateDispatch, InverterCapacityLimitsCapacityMovedToAc) {
-    EXPECT_EQ(validate(capacity_transfer_system(10.0, 90.0, 50.0)), std::vector<std::string>{
-        "The value of simulation_state.ac_bus.operating_capacity_served (50.000000 kW) exceeds the available "
-        "capacity (40.000000 kW) in time step: 1"});
-    EXPECT_TRUE(validate(capacity_transfer_system(10.0, 90.0, 45.0)).empty());
-}
-
-TEST(ValidateDispatch, ZeroInverterEfficiencyMovesNoCapacity) {
-    EXPECT_EQ(validate(capacity_transfer_system(100.0, 0.0, 50.0)), std::vector<std::string>{
-        "The value of simulation_state.ac_bus.operating_capacity_served (50.000000 kW) exceeds the available "
-        "capacity (30.000000 kW) in time step: 1"});
-}
-
-TEST(ValidateDispatch, ZeroRectifierEfficiencyMovesNoCapacity) {
-    System s = capacity_transfer_system(100.0, 90.0, 50.0);
-    s.parameters.converter_list[0].rectifier_efficiency = 0.0;
-    std::swap(s.parameters.generator_list[0].component.is_AC, s.parameters.battery_list[0].component.is_AC);
-    std::swap(s.state.ac_bus, s.state.dc_bus);  // now DC lacks and AC has spare
-    EXPECT_EQ(validate(s), std::vector<std::string>{
-        "The value of simulation_state.dc_bus.operating_capacity_served (50.000000 kW) exceeds the available "
-        "capacity (30.000000 kW) in time step: 1"});
-}
-
-TEST(ValidateDispatch, DcLoadServedByAcGeneratorsAloneIsReported) {
-    System s;
-    s.parameters.generator_list = {generator_parameters(true, 0.0)};
-    s.state.generator_list = {{50.0, 10.0, DISPATCH_DECIDES}};
-    s.state.ac_bus = bus(0.0, 0.0, 0.0, 10.0, 0.0, 0.0, 0.0);
-    s.state.dc_bus = bus(10.0, 10.0, 0.0, 0.0, 0.0, 0.0, 0.0);
-    EXPECT_EQ(validate(s), std::vector<std::string>{
-        "The value of simulation_state.dc_bus.load_served (10.000000 kW) exceeds the available generation "
-        "(0.000000 kW) in timestep: 1"});
-}
-
-System grid_supplied_system(double purchases) {
-    System s;
-    s.parameters.generator_list = {generator_parameters(true, 0.0), generator_parameters(true, 0.0)};
-    s.state.generator_list = {{50.0, 35.0, DISPATCH_DECIDES}, {50.0, 25.0, DISPATCH_DECIDES}};
-    s.parameters.grid_list = {grid_parameters()};
-    GridState grid;
-    grid.max_grid_purchases = 50.0;
-    grid.grid_purchases = purchases;
-    s.state.grid_list = {grid};
-    s.state.ac_bus = bus(100.0, 100.0, 0.0, 0.0, 0.0, 0.0, 0.0);
-    return s;
-}
-
-TEST(ValidateDispatch, GridPurchasesCountAsAcProduction) {
-    EXPECT_TRUE(validate(grid_supplied_system(40.0)).empty());
-    EXPECT_EQ(validate(grid_supplied_system(30.0)), std::vector<std::string>{
-        "The value of simulation_state.ac_bus.load_served (100.000000 kW) exceeds the available generation "
-        "(90.000000 kW) in timestep: 1"});
-}
-
-TEST(ValidateDispatch, ConverterAndGridInParametersButNotInStateAreSkipped) {
-    System s = quiet_system();
-    s.state.converter_list.clear();
-    s.state.grid_list.clear();
-    EXPECT_TRUE(validate(s).empty());
-}
-
-TEST(ValidateDispatch, StateEntriesWithoutParametersCountOnNoBus) {
-    System s = quiet_system();
-    SimulationParameters& p = s.parameters;
-    p.generator_list.clear();
-    p.pv_list.clear();
-    p.battery_list.clear();
-    p.wind_turbine_list.clear();
-    p.custom_component_list.clear();
-    p.converter_list.clear();
-    p.grid_list.clear();
-    EXPECT_EQ(validate(s), (std::vector<std::string>{
-        "The value of simulation_state.ac_bus.load_served (100.000000 kW) exceeds the available generation "
-        "(0.000000 kW) in timestep: 5",
-        "The value of simulation_state.dc_bus.load_served (10.000000 kW) exceeds the available generation "
-        "(0.000000 kW) in timestep: 5",
-        "The value of simulation_state.ac_bus.operating_capacity_served (20.000000 kW) exceeds the available "
-        "capacity (0.000000 kW) in time step: 5",
-        "The value of simulation_state.dc_bus.operating_capacity_served (5.000000 kW) exceeds the available "
-        "capacity (0.000000 kW) in time step: 5"}));
-}
-
-TEST(ValidateDispatch, ParameterEntriesWithoutStateAreNotRead) {
-    System s = quiet_system();
-    s.state.generator_list.clear();
-    s.state.pv_list.clear();
-    s.state.battery_list.clear();
-    s.state.wind_turbine_list.clear();
-    s.state.custom_component_list.clear();
-    s.state.ac_bus = bus(0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0);
-    s.state.dc_bus = bus(0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0);
-    EXPECT_TRUE(validate(s).empty());
+TEST(ValidationAllocations, FailingCheckBuildsItsMessage) {
+    const System s = three_violations();
+    SimulationErrorsAndWarnings messages;
+    messages.simulation_warnings.reserve(4);
+    const std::size_t before = allocations;
+    tamlo_validation::validate_dispatch(s.parameters, s.state, messages);
+    EXPECT_GT(allocations - before, 0u);
+    EXPECT_EQ(messages.simulation_warnings.size(), 3u);
 }
 
 }  // namespace
