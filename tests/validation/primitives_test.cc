@@ -16,7 +16,6 @@ namespace {
 using tamlo_test::PrintTo;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double inf = std::numeric_limits<double>::infinity();
 
 struct ComparisonRow {
     const char* name;
@@ -41,9 +40,7 @@ INSTANTIATE_TEST_SUITE_P(ApproximatelyEqual, Comparisons, ::testing::Values(
     ComparisonRow{"opposite signs with signed maximum zero", approximately_equal, -0.5, 0.0, false},
     ComparisonRow{"relative 5e-7 matches", approximately_equal, 100.00005, 100.0, true},
     ComparisonRow{"relative 2e-6 differs", approximately_equal, 100.0002, 100.0, false},
-    ComparisonRow{"negative values use the signed maximum", approximately_equal, -100.0, -100.00005, true},
     ComparisonRow{"one negligible one not", approximately_equal, 0.0000005, 0.5, false},
-    ComparisonRow{"NaN first", approximately_equal, nan, 1.0, false},
     ComparisonRow{"NaN beside a negligible value", approximately_equal, 0.0, nan, false}),
     tamlo_test::row_name);
 
@@ -53,43 +50,25 @@ INSTANTIATE_TEST_SUITE_P(DefinitelyGreater, Comparisons, ::testing::Values(
     ComparisonRow{"smaller is not greater", definitely_greater, 100.0, 100.0002, false},
     ComparisonRow{"tolerance against zero is greater", definitely_greater, 0.000001, 0.0, true},
     ComparisonRow{"just under tolerance against zero is not", definitely_greater, 0.0000009, 0.0, false},
-    ComparisonRow{"negative values", definitely_greater, -10.0, -20.0, true},
     ComparisonRow{"NaN first", definitely_greater, nan, 1.0, true},
-    ComparisonRow{"NaN second beside zero", definitely_greater, 0.0, nan, true},
-    ComparisonRow{"infinity above a value", definitely_greater, inf, 100.0, true}),
+    ComparisonRow{"NaN second beside zero", definitely_greater, 0.0, nan, true}),
     tamlo_test::row_name);
 
 INSTANTIATE_TEST_SUITE_P(DefinitelyLess, Comparisons, ::testing::Values(
     ComparisonRow{"minus tolerance is less than zero", definitely_less, -0.000001, 0.0, true},
     ComparisonRow{"just under tolerance is not less than zero", definitely_less, -0.0000009, 0.0, false},
     ComparisonRow{"relative 2e-6 is less", definitely_less, 100.0, 100.0002, true},
-    ComparisonRow{"greater is not less", definitely_less, 5.0, 1.0, false},
     ComparisonRow{"NaN first", definitely_less, nan, 0.0, true},
     ComparisonRow{"NaN second", definitely_less, 0.0, nan, true}),
     tamlo_test::row_name);
 
-struct FormatRow {
-    const char* name;
-    std::string text;
-    const char* expected;
-};
-
-class Format : public ::testing::TestWithParam<FormatRow> {};
-
-TEST_P(Format, WritesAsWarningsDo) {
-    EXPECT_EQ(GetParam().text, GetParam().expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, Format, ::testing::Values(
-    FormatRow{"six decimals, rounded", format_number(28.888888888888889), "28.888889"},
-    FormatRow{"negative", format_number(-0.25), "-0.250000"},
-    FormatRow{"under half a millionth is zero", format_number(0.0000004), "0.000000"},
-    FormatRow{"large values in full", format_number(1e100),
+TEST(Format, WritesNumbersAndCountsAsWarningsDo) {
+    EXPECT_EQ(format_number(28.888888888888889), "28.888889");
+    EXPECT_EQ(format_number(1e100),
               "10000000000000000159028911097599180468360808563945281389781327557747838772170381060813469985856815104"
-              ".000000"},
-    FormatRow{"count zero", format_count(0), "0"},
-    FormatRow{"largest count", format_count(std::numeric_limits<std::uint32_t>::max()), "4294967295"}),
-    tamlo_test::row_name);
+              ".000000");  // never cut
+    EXPECT_EQ(format_count(std::numeric_limits<std::uint32_t>::max()), "4294967295");
+}
 
 }  // namespace
 }  // namespace tamlo_validation

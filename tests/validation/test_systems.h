@@ -3,7 +3,6 @@
 #ifndef TAMLO_TESTS_VALIDATION_TEST_SYSTEMS_H
 #define TAMLO_TESTS_VALIDATION_TEST_SYSTEMS_H
 
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,12 +29,6 @@ Parameters on_bus(bool is_ac) {
     return p;
 }
 
-inline GeneratorParameters generator_parameters(double minimum_load) {
-    GeneratorParameters p = on_bus<GeneratorParameters>(true);
-    p.minimum_load = minimum_load;
-    return p;
-}
-
 inline BusState bus(double requested, double served, double unmet, double excess, double capacity_requested,
                     double capacity_served, double shortage) {
     return BusState{requested, served, unmet, excess, capacity_requested, capacity_served, shortage};
@@ -43,20 +36,23 @@ inline BusState bus(double requested, double served, double unmet, double excess
 
 // A balanced system of each kind of component on both buses; every check passes.
 // AC: generators 40 + 30, PV 20, wind 10 -> 100 kW produced of 100 requested; capacity 100 + 80
-//     + 25 + 12, and 50 the grid may sell to it -> 267 kW.
-// DC: battery discharging 9, custom component 1 (own flag DC) -> 10 of 10; capacity 50 + 2 -> 52.
-// Converter: inverter 100 kW at 90 %, rectifier 100 kW at 85 %, idle. Time step 5 in messages.
+//     + 20 + 10, and 50 the grid may sell to it -> 260 kW.
+// DC: battery discharging 9, custom component 1 (own flag DC) -> 10 of 10; capacity 50 + 1 -> 51.
+// PV, wind and custom component are set to exactly what they have available.
+// Converter: inverter 100 kW at 100 %, rectifier 100 kW at 85 %, idle. Time step 5 in messages.
 inline System quiet_system() {
     System s;
     SimulationParameters& p = s.parameters;
     SimulationState& st = s.state;
 
-    p.generator_list = {generator_parameters(10.0), generator_parameters(5.0)};
+    p.generator_list = {on_bus<GeneratorParameters>(true), on_bus<GeneratorParameters>(true)};
+    p.generator_list[0].minimum_load = 10.0;
+    p.generator_list[1].minimum_load = 5.0;
     st.generator_list = {{100.0, 40.0, DISPATCH_DECIDES}, {80.0, 30.0, FORCED_ON_FOR_SCHEDULE}};
     p.pv_list = {on_bus<PvParameters>(true)};
-    st.pv_list = {{25.0, 20.0}};
+    st.pv_list = {{20.0, 20.0}};
     p.wind_turbine_list = {on_bus<WindTurbineParameters>(true)};
-    st.wind_turbine_list = {{10.0, 12.0, DISPATCH_DECIDES}};
+    st.wind_turbine_list = {{10.0, 10.0, DISPATCH_DECIDES}};
 
     p.battery_list = {on_bus<BatteryParameters>(false)};
     st.battery_list.resize(1);
@@ -65,23 +61,20 @@ inline System quiet_system() {
     CustomComponentParameters custom = on_bus<CustomComponentParameters>(true);
     custom.is_AC = false;  // the custom component's own flag decides its bus
     p.custom_component_list = {custom};
-    st.custom_component_list = {{2.0, 1.0}};
+    st.custom_component_list = {{1.0, 1.0}};
 
     p.converter_list.resize(1);
     p.converter_list[0].inverter_capacity = 100.0;
     p.converter_list[0].rectifier_capacity = 100.0;
-    p.converter_list[0].inverter_efficiency = 90.0;
+    p.converter_list[0].inverter_efficiency = 100.0;
     p.converter_list[0].rectifier_efficiency = 85.0;
     st.converter_list = {ConverterState{}};
 
     p.grid_list.resize(1);
-    p.grid_list[0].technical_model = std::make_shared<RealTime>();
     st.grid_list.resize(1);
     st.grid_list[0].max_grid_purchases = 50.0;
     st.grid_list[0].max_grid_sales = 50.0;
 
-    p.primary_load_list = {{"ac load", true, 100.0}, {"dc load", false, 10.0}};
-    st.primary_load_list = {{100.0, 100.0}, {10.0, 10.0}};
     st.ac_bus = bus(100.0, 100.0, 0.0, 0.0, 20.0, 20.0, 0.0);
     st.dc_bus = bus(10.0, 10.0, 0.0, 0.0, 5.0, 5.0, 0.0);
     st.current_timestep = 4;
