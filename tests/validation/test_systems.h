@@ -29,11 +29,6 @@ Parameters on_bus(bool is_ac) {
     return p;
 }
 
-inline BusState bus(double requested, double served, double unmet, double excess, double capacity_requested,
-                    double capacity_served, double shortage) {
-    return BusState{requested, served, unmet, excess, capacity_requested, capacity_served, shortage};
-}
-
 // A balanced system of each kind of component on both buses; every check passes.
 // AC: generators 40 + 30, PV 20, wind 10 -> 100 kW produced of 100 requested; capacity 100 + 80
 //     + 20 + 10, and 50 the grid may sell to it -> 260 kW.
@@ -63,20 +58,16 @@ inline System quiet_system() {
     p.custom_component_list = {custom};
     st.custom_component_list = {{1.0, 1.0}};
 
-    p.converter_list.resize(1);
-    p.converter_list[0].inverter_capacity = 100.0;
-    p.converter_list[0].rectifier_capacity = 100.0;
-    p.converter_list[0].inverter_efficiency = 100.0;
-    p.converter_list[0].rectifier_efficiency = 85.0;
+    // Capacities of the inverter and the rectifier, then their efficiencies.
+    p.converter_list = {ConverterParameters{{}, 100.0, 100.0, 100.0, 85.0}};
     st.converter_list = {ConverterState{}};
 
     p.grid_list.resize(1);
-    st.grid_list.resize(1);
-    st.grid_list[0].max_grid_purchases = 50.0;
-    st.grid_list[0].max_grid_sales = 50.0;
+    st.grid_list = {GridState{{}, 50.0, 50.0}};  // purchase and sale limits
 
-    st.ac_bus = bus(100.0, 100.0, 0.0, 0.0, 20.0, 20.0, 0.0);
-    st.dc_bus = bus(10.0, 10.0, 0.0, 0.0, 5.0, 5.0, 0.0);
+    // Load requested, served, unmet, excess; operating capacity requested, served, shortage.
+    st.ac_bus = BusState{100.0, 100.0, 0.0, 0.0, 20.0, 20.0, 0.0};
+    st.dc_bus = BusState{10.0, 10.0, 0.0, 0.0, 5.0, 5.0, 0.0};
     st.current_timestep = 4;
     return s;
 }
