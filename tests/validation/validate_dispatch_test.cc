@@ -132,15 +132,13 @@ INSTANTIATE_TEST_SUITE_P(Rows, BusSupply, ::testing::Values(
     SupplyRow{"converter flows move production between buses",
         [](System& s) { s.state.converter_list[0] = ConverterState{10.0, 9.0, 20.0, 17.0}; }, 89.0, 260.0, 17.0, 51.0},
     SupplyRow{"flywheel of the parameters adds capacity and its parasitic load", [](System& s) {
-        s.parameters.flywheel_list = {on_bus<FlywheelParameters>(true)};
-        s.parameters.flywheel_list[0].charge_discharge_capacity = 7.0;
-        s.parameters.flywheel_list[0].parasitic_load = 0.5;
+        s.parameters.flywheel_list = {FlywheelParameters{on_bus<FlywheelParameters>(true).component, 7.0, 0.5}};
     }, 99.5, 267.0, 10.0, 51.0},
     SupplyRow{"state entries without parameters count on no bus", [](System& s) {
         s.state.generator_list.push_back({500.0, 500.0, DISPATCH_DECIDES});
         s.state.battery_list.push_back(s.state.battery_list[0]);
     }, 100.0, 260.0, 10.0, 51.0},
-    SupplyRow{"inverter moves spare DC capacity, after its losses", [](System& s) { ac_lacks_capacity(s, 100.0, 90.0); },
+    SupplyRow{"inverter moves spare DC capacity after losses", [](System& s) { ac_lacks_capacity(s, 100.0, 90.0); },
         100.0, 260.0 + 46.0 * 0.9, 10.0, 5.0},
     SupplyRow{"inverter capacity limits the move", [](System& s) { ac_lacks_capacity(s, 10.0, 90.0); },
         100.0, 270.0, 10.0, 51.0 - 10.0 / 0.9},
