@@ -1,12 +1,10 @@
-// The extension, loaded as a host loads it, and the runs of the .m fixtures the end-to-end tests
-// give it.
+// The extension, loaded as a host loads it, and runs of the .m fixtures for it.
 #ifndef TAMLO_TESTS_E2E_LOADED_EXTENSION_H
 #define TAMLO_TESTS_E2E_LOADED_EXTENSION_H
 
 #include <string>
 #include <vector>
 
-#include "dispatch_extension_interface.h"
 #include "extension_loader.h"
 #include "sample_systems.h"
 
@@ -23,8 +21,8 @@ inline tamlo_dispatch::SimulationParameters run_of(const char* start, const char
     return system;
 }
 
-// A run of start_code, dispatch_code and end_code (end_empty_lists without end code): each runs
-// the MATLAB text given here for it.
+// A run of start_code, dispatch_code and end_code (end_empty_lists without end code), which run
+// the MATLAB text given here.
 inline tamlo_dispatch::SimulationParameters code_run(const std::string& start_code, const std::string& dispatch_code = "",
                                                      const std::string& end_code = "",
                                                      tamlo_dispatch::SimulationParameters system = {}) {

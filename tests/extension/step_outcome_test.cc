@@ -20,25 +20,22 @@ DispatchError error_of(DispatchSeverity severity, const char* message) {
 }
 
 TEST(StepOutcome, FoldsIntoTheErrorState) {
+    constexpr DispatchSeverity none = DISPATCH_NO_ERROR, simulation = DISPATCH_SIMULATION_ERROR,
+                               critical = DISPATCH_CRITICAL_ERROR;
     const struct {
         const char* behaviour;
         DispatchSeverity before, outcome, after;
         const char* message_after;
         bool validated;
     } rows[] = {
-        {"clean step is validated", DISPATCH_NO_ERROR, DISPATCH_NO_ERROR, DISPATCH_NO_ERROR, "", true},
-        {"simulation error is stored", DISPATCH_NO_ERROR, DISPATCH_SIMULATION_ERROR, DISPATCH_SIMULATION_ERROR, "new", false},
-        {"later simulation error replaces the message", DISPATCH_SIMULATION_ERROR, DISPATCH_SIMULATION_ERROR,
-         DISPATCH_SIMULATION_ERROR, "new", false},
-        {"clean step keeps a simulation error", DISPATCH_SIMULATION_ERROR, DISPATCH_NO_ERROR, DISPATCH_SIMULATION_ERROR,
-         "stored", true},
-        {"critical replaces a simulation error", DISPATCH_SIMULATION_ERROR, DISPATCH_CRITICAL_ERROR,
-         DISPATCH_CRITICAL_ERROR, "new", false},
-        {"critical is stored", DISPATCH_NO_ERROR, DISPATCH_CRITICAL_ERROR, DISPATCH_CRITICAL_ERROR, "new", false},
-        {"critical stays after a simulation error", DISPATCH_CRITICAL_ERROR, DISPATCH_SIMULATION_ERROR,
-         DISPATCH_CRITICAL_ERROR, "stored", false},
-        {"critical stays after a clean step", DISPATCH_CRITICAL_ERROR, DISPATCH_NO_ERROR, DISPATCH_CRITICAL_ERROR,
-         "stored", false},
+        {"clean step is validated", none, none, none, "", true},
+        {"simulation error is stored", none, simulation, simulation, "new", false},
+        {"later simulation error replaces the message", simulation, simulation, simulation, "new", false},
+        {"clean step keeps a simulation error", simulation, none, simulation, "stored", true},
+        {"critical replaces a simulation error", simulation, critical, critical, "new", false},
+        {"critical is stored", none, critical, critical, "new", false},
+        {"critical stays after a simulation error", critical, simulation, critical, "stored", false},
+        {"critical stays after a clean step", critical, none, critical, "stored", false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.behaviour);

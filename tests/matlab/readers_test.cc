@@ -200,6 +200,10 @@ protected:
 };
 
 TEST_F(ReadNewSimulationState, ReadsEveryDecisionIntoItsOwnField) {
+    // Only a logical true is the simulator's flywheel code 0.
+    mxArray* flywheels = mxGetField(answer.get(), 0, "flywheels");
+    tamlo_marshal::set_struct_field(flywheels, 0, "flywheel_state", mxCreateDoubleScalar(1));
+    tamlo_marshal::set_struct_field(flywheels, 1, "flywheel_state", mxCreateLogicalScalar(true));
     const SimulationState before = state;
     DispatchError outcome;
     EXPECT_TRUE(read(answer.get(), outcome));
@@ -208,23 +212,9 @@ TEST_F(ReadNewSimulationState, ReadsEveryDecisionIntoItsOwnField) {
         EXPECT_EQ(state.battery_list[i].dedicated_converter.inverter_power_input,
                   before.battery_list[i].dedicated_converter.inverter_power_input);
     }
-    EXPECT_EQ(state.flywheel_list[0].flywheel_state, 0u);
-    EXPECT_EQ(state.flywheel_list[1].flywheel_state, 1u);
-    EXPECT_EQ(outcome.severity, DISPATCH_NO_ERROR);
-}
-
-TEST_F(ReadNewSimulationState, OnlyALogicalTrueIsFlywheelCodeZeroAndMissingBatteriesAreSkipped) {
-    mxArray* flywheels = mxGetField(answer.get(), 0, "flywheels");
-    tamlo_marshal::set_struct_field(flywheels, 0, "flywheel_state", mxCreateDoubleScalar(1));
-    tamlo_marshal::set_struct_field(flywheels, 1, "flywheel_state", mxCreateLogicalScalar(true));
-    remove_field(answer.get(), "batteries");
-    const double set_point = state.battery_list[0].power_setpoint;
-    DispatchError outcome;
-    EXPECT_TRUE(read(answer.get(), outcome));
     EXPECT_EQ(state.flywheel_list[0].flywheel_state, 1u);
     EXPECT_EQ(state.flywheel_list[1].flywheel_state, 0u);
-    EXPECT_EQ(state.battery_list[0].power_setpoint, set_point);
-    EXPECT_EQ(state.grid_list[1].grid_sales, decisions.grid_list[1].grid_sales);
+    EXPECT_EQ(outcome.severity, DISPATCH_NO_ERROR);
 }
 
 TEST_F(ReadNewSimulationState, StopsAtTheFirstMissingFieldAndNamesIt) {
@@ -232,8 +222,9 @@ TEST_F(ReadNewSimulationState, StopsAtTheFirstMissingFieldAndNamesIt) {
     const struct {
         const char* name;
         std::function<void(mxArray*)> edit;
-        std::string message;
+        std::string message;  // empty: the read succeeds
     } rows[] = {
+        {"no batteries: skipped", [](mxArray* s) { remove_field(s, "batteries"); }, ""},
         {"no generators", [](mxArray* s) { remove_field(s, "generators"); },
          "Field generators of simulation_state variable is missing! " + check},
         {"generators without set points", [](mxArray* s) { remove_field(mxGetField(s, 0, "generators"), "power_setpoint"); },
@@ -247,10 +238,13 @@ TEST_F(ReadNewSimulationState, StopsAtTheFirstMissingFieldAndNamesIt) {
         SCOPED_TRACE(row.name);
         Array edited(mxDuplicateArray(answer.get()));
         row.edit(edited.get());
+        const double battery_set_point = state.battery_list[0].power_setpoint;
         DispatchError outcome;
-        EXPECT_FALSE(read(edited.get(), outcome));
-        EXPECT_EQ(outcome.severity, DISPATCH_CRITICAL_ERROR);
+        EXPECT_EQ(read(edited.get(), outcome), row.message.empty());
         EXPECT_EQ(outcome.message, row.message);
+        if (row.message.empty()) {
+            EXPECT_EQ(state.battery_list[0].power_setpoint, battery_set_point);
+        }
     }
 }
 
