@@ -1,5 +1,4 @@
-// The readers of init_error, end_sim_out and new_simulation_state, on arrays built here, and
-// a connection without an engine.
+// The readers of init_error, end_sim_out and new_simulation_state, on arrays built here.
 #include <gtest/gtest.h>
 
 #include <cstring>
