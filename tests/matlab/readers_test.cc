@@ -169,9 +169,9 @@ std::vector<double> values(const std::vector<double*>& numbers) {
     return v;
 }
 
-// Removes s.name (s is 1x1) and frees its value, which mxRemoveField leaves to the caller.
+// Removes the field and frees its values, which mxRemoveField leaves to the caller.
 void remove_field(mxArray* s, const char* name) {
-    mxDestroyArray(mxGetField(s, 0, name));
+    for (std::size_t i = 0; i < mxGetNumberOfElements(s); ++i) mxDestroyArray(mxGetField(s, i, name));
     mxRemoveField(s, mxGetFieldNumber(s, name));
 }
 
