@@ -11,12 +11,12 @@
 namespace tamlo_e2e {
 namespace {
 
-std::string short_run_messages() {
+TEST(Golden, ShortRunMessagesMatchTheGoldenFile) {
     ExtensionPtr extension = create_extension();
-    tamlo_dispatch::SimulationParameters parameters = with_settings(
-        tamlo_samples::typical_system(), fixture_settings("start_ok", "dispatch_golden", "end_golden"));
+    tamlo_dispatch::SimulationParameters parameters =
+        run_of("start_ok", "dispatch_golden", "end_golden", tamlo_samples::make_system(1));
     parameters.number_of_timesteps = 3;
-    EXPECT_EQ(extension->start_simulation(parameters)->severity, tamlo_dispatch::DISPATCH_NO_ERROR);
+    ASSERT_EQ(extension->start_simulation(parameters)->severity, tamlo_dispatch::DISPATCH_NO_ERROR);
     const double ac_loads[] = {60.0, 80.0, 150.0};
     for (std::uint32_t step = 0; step < 3; ++step) {
         tamlo_dispatch::SimulationState state = tamlo_samples::make_state(parameters);
@@ -27,25 +27,21 @@ std::string short_run_messages() {
         extension->dispatch(state);
     }
     auto messages = extension->end_simulation();
-    std::ostringstream text;
-    text << "errors:\n";
-    for (const std::string& error : messages->simulation_errors) text << error << '\n';
-    text << "warnings:\n";
-    for (const std::string& warning : messages->simulation_warnings) text << warning << '\n';
-    return text.str();
-}
+    std::ostringstream actual;
+    actual << "errors:\n";
+    for (const std::string& error : messages->simulation_errors) actual << error << '\n';
+    actual << "warnings:\n";
+    for (const std::string& warning : messages->simulation_warnings) actual << warning << '\n';
 
-TEST(Golden, ShortRunMessagesMatchTheGoldenFile) {
     const std::string path = std::string(TAMLO_E2E_GOLDEN_DIR) + "/short_run_messages.txt";
-    const std::string actual = short_run_messages();
     if (const char* update = std::getenv("TAMLO_UPDATE_GOLDEN"); update != nullptr && std::string(update) == "1") {
-        std::ofstream(path) << actual;
+        std::ofstream(path) << actual.str();
     }
     std::ifstream file(path);
     ASSERT_TRUE(file) << "missing golden file " << path;
     std::stringstream expected;
     expected << file.rdbuf();
-    EXPECT_EQ(actual, expected.str());
+    EXPECT_EQ(actual.str(), expected.str());
 }
 
 }  // namespace

@@ -15,14 +15,6 @@ void add_text_parameter(SimulationParameters& parameters, std::string name, std:
     parameters.extension_parameters.push_back(std::move(parameter));
 }
 
-void add_number_parameter(SimulationParameters& parameters, std::string name, double value) {
-    ExtensionParameter parameter;
-    parameter.name = std::move(name);
-    parameter.type = ExtensionParameterType::number;
-    parameter.number_value = value;
-    parameters.extension_parameters.push_back(std::move(parameter));
-}
-
 void add_settings(SimulationParameters& parameters, const Settings& settings) {
     add_text_parameter(parameters, "path", settings.path);
     add_text_parameter(parameters, "start simulation", settings.start_simulation);
@@ -123,10 +115,6 @@ SimulationParameters make_system(std::size_t count) {
     p.timestep_size_in_seconds = 3600;
     p.number_of_timesteps = 8760;
     return p;
-}
-
-SimulationParameters typical_system() {
-    return make_system(1);
 }
 
 SimulationState make_state(const SimulationParameters& parameters) {

@@ -19,13 +19,11 @@ struct Settings {
 };
 void add_settings(tamlo_dispatch::SimulationParameters& parameters, const Settings& settings);
 void add_text_parameter(tamlo_dispatch::SimulationParameters& parameters, std::string name, std::string value);
-void add_number_parameter(tamlo_dispatch::SimulationParameters& parameters, std::string name, double value);
 
 // `count` of each kind: generators, PV arrays, wind turbines, batteries, converters, grids
 // (real-time price models) and, twice as many, primary loads. count = 1 is the typical
 // system: 2 generators, 1 PV, 1 wind turbine, 1 battery, 1 converter, 1 grid, 2 loads.
 tamlo_dispatch::SimulationParameters make_system(std::size_t count);
-tamlo_dispatch::SimulationParameters typical_system();
 
 // A first time step for `parameters`: availabilities, loads and limits, no decisions yet.
 tamlo_dispatch::SimulationState make_state(const tamlo_dispatch::SimulationParameters& parameters);

@@ -1,4 +1,4 @@
-// How one time step's outcome changes the run's error state.
+// How one time step's outcome changes the run's error state, and the result layout of a run.
 #include <gtest/gtest.h>
 
 #include "dispatch_extension.h"
@@ -11,50 +11,85 @@ using tamlo_dispatch::DISPATCH_SIMULATION_ERROR;
 using tamlo_dispatch::DispatchError;
 using tamlo_dispatch::DispatchSeverity;
 
-struct StepCase {
-    const char* behaviour;
-    DispatchSeverity before;
-    DispatchSeverity outcome;
-    DispatchSeverity after;
-    const char* message_after;
-    bool validated;
-};
-
-void PrintTo(const StepCase& c, std::ostream* os) {
-    *os << c.behaviour;
-}
-
 DispatchError error_of(DispatchSeverity severity, const char* message) {
     DispatchError error;
     error.severity = severity;
     error.message = message;
+    error.host_fields[0] = 9;
     return error;
 }
 
-class StepOutcome : public ::testing::TestWithParam<StepCase> {};
-
-TEST_P(StepOutcome, FoldsIntoTheErrorState) {
-    const StepCase& c = GetParam();
-    DispatchError state = error_of(c.before, c.before == DISPATCH_NO_ERROR ? "" : "stored");
-    state.host_fields[0] = 9;
-    const DispatchError outcome = error_of(c.outcome, c.outcome == DISPATCH_NO_ERROR ? "" : "new");
-    EXPECT_EQ(tamlo_extension::record_step_outcome(state, outcome), c.validated);
-    EXPECT_EQ(state.severity, c.after);
-    EXPECT_EQ(state.message, c.message_after);
-    EXPECT_EQ(state.host_fields[0], 9u);
+TEST(StepOutcome, FoldsIntoTheErrorState) {
+    constexpr DispatchSeverity none = DISPATCH_NO_ERROR, simulation = DISPATCH_SIMULATION_ERROR,
+                               critical = DISPATCH_CRITICAL_ERROR;
+    const struct {
+        const char* behaviour;
+        DispatchSeverity before, outcome, after;
+        const char* message_after;
+        bool validated;
+    } rows[] = {
+        {"clean step is validated", none, none, none, "", true},
+        {"simulation error is stored", none, simulation, simulation, "new", false},
+        {"later simulation error replaces the message", simulation, simulation, simulation, "new", false},
+        {"clean step keeps a simulation error", simulation, none, simulation, "stored", true},
+        {"critical replaces a simulation error", simulation, critical, critical, "new", false},
+        {"critical is stored", none, critical, critical, "new", false},
+        {"critical stays after a simulation error", critical, simulation, critical, "stored", false},
+        {"critical stays after a clean step", critical, none, critical, "stored", false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.behaviour);
+        DispatchError state = error_of(row.before, row.before == DISPATCH_NO_ERROR ? "" : "stored");
+        const DispatchError outcome = error_of(row.outcome, row.outcome == DISPATCH_NO_ERROR ? "" : "new");
+        EXPECT_EQ(tamlo_extension::record_step_outcome(state, outcome), row.validated);
+        EXPECT_EQ(state.severity, row.after);
+        EXPECT_EQ(state.message, row.message_after);
+        EXPECT_EQ(state.host_fields[0], 9u);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    States, StepOutcome,
-    ::testing::Values(
-        StepCase{"CleanStepIsValidated", DISPATCH_NO_ERROR, DISPATCH_NO_ERROR, DISPATCH_NO_ERROR, "", true},
-        StepCase{"SimulationErrorIsStored", DISPATCH_NO_ERROR, DISPATCH_SIMULATION_ERROR, DISPATCH_SIMULATION_ERROR, "new", false},
-        StepCase{"LaterSimulationErrorReplacesMessage", DISPATCH_SIMULATION_ERROR, DISPATCH_SIMULATION_ERROR, DISPATCH_SIMULATION_ERROR, "new", false},
-        StepCase{"CleanStepKeepsSimulationError", DISPATCH_SIMULATION_ERROR, DISPATCH_NO_ERROR, DISPATCH_SIMULATION_ERROR, "stored", true},
-        StepCase{"CriticalReplacesSimulationError", DISPATCH_SIMULATION_ERROR, DISPATCH_CRITICAL_ERROR, DISPATCH_CRITICAL_ERROR, "new", false},
-        StepCase{"CriticalIsStored", DISPATCH_NO_ERROR, DISPATCH_CRITICAL_ERROR, DISPATCH_CRITICAL_ERROR, "new", false},
-        StepCase{"CriticalStaysAfterSimulationError", DISPATCH_CRITICAL_ERROR, DISPATCH_SIMULATION_ERROR, DISPATCH_CRITICAL_ERROR, "stored", false},
-        StepCase{"CriticalStaysAfterCleanStep", DISPATCH_CRITICAL_ERROR, DISPATCH_NO_ERROR, DISPATCH_CRITICAL_ERROR, "stored", false}),
-    [](const auto& info) { return std::string(info.param.behaviour); });
+// Gives `list` one component per number.
+template <typename Component>
+void number(std::vector<Component>& list, const std::vector<std::uint64_t>& numbers) {
+    list.resize(numbers.size());
+    for (std::size_t i = 0; i < numbers.size(); ++i) list[i].component.component_number = numbers[i];
+}
+
+std::vector<std::uint64_t> numbers(const std::vector<tamlo_dispatch::ComponentResults>& results) {
+    std::vector<std::uint64_t> n;
+    for (const auto& r : results) {
+        EXPECT_TRUE(r.result_items.empty());
+        n.push_back(r.component_number);
+    }
+    return n;
+}
+
+TEST(ResultParameters, OneEntryPerComponentInListOrder) {
+    tamlo_dispatch::SimulationParameters p;
+    number(p.generator_list, {12, 11});
+    p.primary_load_list.resize(3);
+    number(p.pv_list, {7});
+    number(p.battery_list, {21});
+    number(p.wind_turbine_list, {31});
+    number(p.converter_list, {41});
+    number(p.flywheel_list, {52, 51});
+    p.grid_list.resize(1);
+    p.custom_component_list.resize(1);
+    p.number_of_timesteps = 8760;
+
+    tamlo_dispatch::ResultParameters results;
+    tamlo_extension::fill_result_parameters(results, p);
+    using Numbers = std::vector<std::uint64_t>;
+    EXPECT_EQ(numbers(results.generator_results), (Numbers{12, 11}));
+    EXPECT_EQ(numbers(results.primary_load_results), (Numbers{0, 0, 0}));
+    EXPECT_EQ(numbers(results.pv_results), Numbers{7});
+    EXPECT_EQ(numbers(results.battery_results), Numbers{21});
+    EXPECT_EQ(numbers(results.wind_turbine_results), Numbers{31});
+    EXPECT_EQ(numbers(results.converter_results), Numbers{41});
+    EXPECT_EQ(numbers(results.flywheel_results), (Numbers{52, 51}));
+    EXPECT_TRUE(results.series_results.empty());
+    EXPECT_EQ(results.number_of_timesteps, 8760u);
+    EXPECT_TRUE(results.valid);
+}
 
 }  // namespace

@@ -1,13 +1,15 @@
 // The readers of init_error, end_sim_out and new_simulation_state, on arrays built here.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "matlab_connection.h"
+#include "simulation_state_struct.h"
+#include "struct_primitives.h"
 
 namespace {
 
@@ -15,7 +17,7 @@ using tamlo_dispatch::DISPATCH_CRITICAL_ERROR;
 using tamlo_dispatch::DISPATCH_NO_ERROR;
 using tamlo_dispatch::DISPATCH_SIMULATION_ERROR;
 using tamlo_dispatch::DispatchError;
-using tamlo_dispatch::DispatchSeverity;
+using tamlo_dispatch::SimulationState;
 using tamlo_matlab::MatlabConnection;
 using Texts = std::vector<std::string>;
 
@@ -24,14 +26,11 @@ struct DestroyArray {
 };
 using Array = std::unique_ptr<mxArray, DestroyArray>;
 
-Array single_struct() {
-    return Array(mxCreateStructMatrix(1, 1, 0, nullptr));
-}
-
-// Sets s(index).name, taking the value over.
-void set(mxArray* s, std::size_t index, const char* name, mxArray* value) {
-    if (mxGetFieldNumber(s, name) < 0) mxAddField(s, name);
-    mxSetField(s, index, name, value);
+// A struct with the given fields, each taken over.
+Array struct_of(const std::vector<std::pair<const char*, mxArray*>>& fields) {
+    Array s(tamlo_marshal::make_single_struct());
+    for (const auto& [name, value] : fields) tamlo_marshal::set_struct_field(s.get(), 0, name, value);
+    return s;
 }
 
 mxArray* cell_of(const std::vector<mxArray*>& values) {
@@ -40,207 +39,212 @@ mxArray* cell_of(const std::vector<mxArray*>& values) {
     return cell;
 }
 
-class Buffer {
-public:
-    // Filled with a stale text, to show that no reader hands it back.
-    Buffer() {
-        std::memset(bytes_.data(), 0, bytes_.size());
-        std::strcpy(bytes_.data(), "stale text of an earlier read");
-    }
-    char* data() { return bytes_.data(); }
-
-private:
-    std::array<char, tamlo_matlab::kMatlabTextBufferSize> bytes_;
+// Filled with a stale text, to show that no reader hands it back.
+struct Buffer {
+    Buffer() { std::strcpy(bytes, "stale text of an earlier read"); }
+    char bytes[tamlo_matlab::kMatlabTextBufferSize] = {};
 };
-
-TEST(RemoveLineFeeds, RemovesOnlyLineFeedsAndKeepsCarriageReturns) {
-    std::string text = "one\ntwo\r\nthree\n\n";
-    MatlabConnection::remove_line_feeds(text);
-    EXPECT_EQ(text, "onetwo\rthree");
-    std::string only_feeds = "\n\n";
-    MatlabConnection::remove_line_feeds(only_feeds);
-    EXPECT_EQ(only_feeds, "");
-}
-
-struct SeverityCase {
-    const char* severity_code;
-    DispatchSeverity severity;
-    const char* message;
-};
-
-void PrintTo(const SeverityCase& c, std::ostream* os) {
-    *os << '"' << c.severity_code << '"';
-}
-
-class ApplySeverityCode : public ::testing::TestWithParam<SeverityCase> {};
-
-TEST_P(ApplySeverityCode, MatchesOnlyTheExactTexts) {
-    const SeverityCase& c = GetParam();
-    DispatchError result;
-    result.host_fields[3] = 77;
-    MatlabConnection::apply_severity_code("line one\nline two", c.severity_code, result);
-    EXPECT_EQ(result.severity, c.severity);
-    EXPECT_EQ(result.message, c.message);
-    EXPECT_EQ(result.host_fields[3], 77u);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Codes, ApplySeverityCode,
-    ::testing::Values(SeverityCase{"DISPATCH_SIMULATION_ERROR", DISPATCH_SIMULATION_ERROR, "MATLAB error: line oneline two"},
-                      SeverityCase{"DISPATCH_CRITICAL_ERROR", DISPATCH_CRITICAL_ERROR, "MATLAB error: line oneline two"},
-                      SeverityCase{"dispatch_critical_error", DISPATCH_NO_ERROR, ""},
-                      SeverityCase{"DISPATCH_CRITICAL_ERROR ", DISPATCH_NO_ERROR, ""},
-                      SeverityCase{"DISPATCH_CRITICAL_ERROR\n", DISPATCH_NO_ERROR, ""},
-                      SeverityCase{"DISPATCH_NO_ERROR", DISPATCH_NO_ERROR, ""},
-                      SeverityCase{"", DISPATCH_NO_ERROR, ""}));
 
 TEST(ReadText, CutsAt1023CharactersAndReadsNonTextAsEmpty) {
-    Buffer buffer;
-    Array long_text(mxCreateString(std::string(2000, 'x').c_str()));
-    EXPECT_EQ(MatlabConnection::read_text(long_text.get(), buffer.data()), std::string(1023, 'x'));
-    Array exact(mxCreateString(std::string(1023, 'y').c_str()));
-    EXPECT_EQ(MatlabConnection::read_text(exact.get(), buffer.data()), std::string(1023, 'y'));
-
-    Buffer stale;
-    Array number(mxCreateDoubleScalar(5));
-    EXPECT_EQ(MatlabConnection::read_text(number.get(), stale.data()), "");
-    Buffer stale_again;
-    Array big_matrix(mxCreateDoubleMatrix(2000, 1, mxREAL));
-    EXPECT_EQ(MatlabConnection::read_text(big_matrix.get(), stale_again.data()), "");
-    Buffer stale_null;
-    EXPECT_EQ(MatlabConnection::read_text(nullptr, stale_null.data()), "");
+    const struct {
+        mxArray* array;
+        std::string expected;
+    } rows[] = {
+        {mxCreateString(std::string(2000, 'x').c_str()), std::string(1023, 'x')},
+        {mxCreateString(std::string(1024, 'w').c_str()), std::string(1023, 'w')},
+        {mxCreateString(std::string(1023, 'y').c_str()), std::string(1023, 'y')},
+        {mxCreateDoubleScalar(5), ""},
+        {mxCreateDoubleMatrix(2000, 1, mxREAL), ""},
+        {nullptr, ""},
+    };
+    for (const auto& row : rows) {
+        Buffer buffer;
+        EXPECT_EQ(MatlabConnection::read_text(row.array, buffer.bytes), row.expected);
+        mxDestroyArray(row.array);
+    }
 }
 
-TEST(ReadInitError, MissingFieldNamesBothFields) {
-    const std::string message =
+TEST(ReadInitError, SeverityCodeDecidesAndOnlyTheExactTextsCount) {
+    const std::string missing =
         "Field error_description or severity_code of init_error variable is missing! Check that your MATLAB "
         "StartSimulation function returns a struct with this field.";
-    Buffer buffer;
-    Array only_code = single_struct();
-    set(only_code.get(), 0, "severity_code", mxCreateString("DISPATCH_CRITICAL_ERROR"));
-    DispatchError result;
-    EXPECT_FALSE(MatlabConnection::read_init_error(only_code.get(), buffer.data(), result));
-    EXPECT_EQ(result.severity, DISPATCH_CRITICAL_ERROR);
-    EXPECT_EQ(result.message, message);
-
-    Array not_a_struct(mxCreateDoubleScalar(1));
-    DispatchError second;
-    EXPECT_FALSE(MatlabConnection::read_init_error(not_a_struct.get(), buffer.data(), second));
-    EXPECT_EQ(second.message, message);
+    const struct {
+        const char* severity_code;  // null: no such field
+        tamlo_dispatch::DispatchSeverity severity;
+        std::string message;
+    } rows[] = {
+        {"DISPATCH_SIMULATION_ERROR", DISPATCH_SIMULATION_ERROR, "MATLAB error: line oneline two"},
+        {"DISPATCH_CRITICAL_ERROR", DISPATCH_CRITICAL_ERROR, "MATLAB error: line oneline two"},
+        {"dispatch_critical_error", DISPATCH_NO_ERROR, ""},
+        {"DISPATCH_CRITICAL_ERROR ", DISPATCH_NO_ERROR, ""},
+        {"DISPATCH_NO_ERROR", DISPATCH_NO_ERROR, ""},
+        {"", DISPATCH_NO_ERROR, ""},
+        {nullptr, DISPATCH_CRITICAL_ERROR, missing},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.severity_code ? row.severity_code : "(none)");
+        Array init_error = struct_of({{"error_description", mxCreateString("line one\nline two")}});
+        if (row.severity_code) {
+            tamlo_marshal::set_struct_field(init_error.get(), 0, "severity_code", mxCreateString(row.severity_code));
+        }
+        Buffer buffer;
+        DispatchError result;
+        result.host_fields[3] = 77;
+        EXPECT_EQ(MatlabConnection::read_init_error(init_error.get(), buffer.bytes, result), row.severity_code != nullptr);
+        EXPECT_EQ(result.severity, row.severity);
+        EXPECT_EQ(result.message, row.message);
+        EXPECT_EQ(result.host_fields[3], 77u);
+    }
 }
 
-TEST(ReadInitError, ReadsElementOneAndNonTextDescriptionIsEmpty) {
+TEST(ReadEndSimOut, ReadsTextsInCellOrderNonTextAsEmptyAndNamesAMissingField) {
     Buffer buffer;
-    Array init_error(mxCreateStructMatrix(2, 1, 0, nullptr));
-    set(init_error.get(), 0, "error_description", mxCreateDoubleScalar(3));
-    set(init_error.get(), 0, "severity_code", mxCreateString("DISPATCH_SIMULATION_ERROR"));
-    set(init_error.get(), 1, "error_description", mxCreateString("second element"));
-    set(init_error.get(), 1, "severity_code", mxCreateString("DISPATCH_CRITICAL_ERROR"));
-    DispatchError result;
-    EXPECT_TRUE(MatlabConnection::read_init_error(init_error.get(), buffer.data(), result));
-    EXPECT_EQ(result.severity, DISPATCH_SIMULATION_ERROR);
-    EXPECT_EQ(result.message, "MATLAB error: ");
-}
-
-TEST(ReadEndSimOut, ReadsTextsInCellOrderWithoutChangingThem) {
-    Buffer buffer;
-    Array out = single_struct();
-    set(out.get(), 0, "simulation_errors",
-        cell_of({mxCreateString("first\nerror"), mxCreateDoubleScalar(1), mxCreateString("third")}));
-    set(out.get(), 0, "simulation_warnings", cell_of({mxCreateString("warning")}));
     tamlo_dispatch::SimulationErrorsAndWarnings lists;
-    EXPECT_TRUE(MatlabConnection::read_end_sim_out(out.get(), buffer.data(), lists));
-    EXPECT_EQ(lists.simulation_errors, (Texts{"first\nerror", "", "third"}));
-    EXPECT_EQ(lists.simulation_warnings, Texts{"warning"});
-}
+    Array out = struct_of({{"simulation_errors", cell_of({mxCreateString("first\nerror"), mxCreateDoubleScalar(1)})},
+                           {"simulation_warnings", cell_of({mxCreateString("one"), mxCreateString("two")})}});
+    EXPECT_TRUE(MatlabConnection::read_end_sim_out(out.get(), buffer.bytes, lists));
+    EXPECT_EQ(lists.simulation_errors, (Texts{"first\nerror", ""}));
+    EXPECT_EQ(lists.simulation_warnings, (Texts{"one", "two"}));
 
-TEST(ReadEndSimOut, NonCellListGivesEmptyTextsAndEmptyArraysGiveNone) {
-    Buffer buffer;
-    Array out = single_struct();
-    set(out.get(), 0, "simulation_errors", mxCreateString("ab"));
-    set(out.get(), 0, "simulation_warnings", mxCreateDoubleMatrix(0, 0, mxREAL));
-    tamlo_dispatch::SimulationErrorsAndWarnings lists;
-    EXPECT_TRUE(MatlabConnection::read_end_sim_out(out.get(), buffer.data(), lists));
+    // A plain text where a cell array belongs gives one empty text per character.
+    lists = {};
+    out = struct_of({{"simulation_errors", mxCreateString("ab")},
+                     {"simulation_warnings", mxCreateDoubleMatrix(0, 0, mxREAL)}});
+    EXPECT_TRUE(MatlabConnection::read_end_sim_out(out.get(), buffer.bytes, lists));
     EXPECT_EQ(lists.simulation_errors, (Texts{"", ""}));
     EXPECT_EQ(lists.simulation_warnings, Texts{});
-}
 
-TEST(ReadEndSimOut, MissingFieldAppendsOneError) {
-    Buffer buffer;
-    Array out = single_struct();
-    set(out.get(), 0, "simulation_errors", cell_of({mxCreateString("unread")}));
-    tamlo_dispatch::SimulationErrorsAndWarnings lists;
-    EXPECT_FALSE(MatlabConnection::read_end_sim_out(out.get(), buffer.data(), lists));
+    lists = {};
+    out = struct_of({{"simulation_errors", cell_of({mxCreateString("unread")})}});
+    EXPECT_FALSE(MatlabConnection::read_end_sim_out(out.get(), buffer.bytes, lists));
     EXPECT_EQ(lists.simulation_errors,
               Texts{"Field simulation_errors or simulation_warnings of init_error variable is missing! Check that your "
                     "MATLAB EndSimulation function returns a struct with this field."});
-    EXPECT_EQ(lists.simulation_warnings, Texts{});
 }
 
-TEST(FindStateField, NamesTheMissingListOrTheZeroBasedEntry) {
-    Array state = single_struct();
-    mxArray* generators = mxCreateStructMatrix(2, 1, 0, nullptr);
-    set(generators, 0, "power_setpoint", mxCreateDoubleScalar(5));
-    set(state.get(), 0, "generators", generators);
-
-    DispatchError outcome;
-    double value = 0;
-    EXPECT_TRUE(MatlabConnection::read_state_number(state.get(), 0, "generators", 0, "power_setpoint", outcome, value));
-    EXPECT_EQ(value, 5.0);
-    EXPECT_EQ(outcome.severity, DISPATCH_NO_ERROR);
-
-    // Element 2 exists but its field holds no array.
-    EXPECT_FALSE(MatlabConnection::read_state_number(state.get(), 0, "generators", 1, "power_setpoint", outcome, value));
-    EXPECT_EQ(outcome.message, "Field power_setpoint of generators(1) in simulation_state could not be read.");
-    // Beyond the end of the MATLAB array.
-    EXPECT_FALSE(MatlabConnection::read_state_number(state.get(), 0, "generators", 2, "power_setpoint", outcome, value));
-    EXPECT_EQ(outcome.message, "Field power_setpoint of generators(2) in simulation_state could not be read.");
-    EXPECT_FALSE(MatlabConnection::read_state_number(state.get(), 0, "pvs", 0, "power_setpoint", outcome, value));
-    EXPECT_EQ(outcome.severity, DISPATCH_CRITICAL_ERROR);
-    EXPECT_EQ(outcome.message,
-              "Field pvs of simulation_state variable is missing! Check that your MATLAB dispatch function returns a "
-              "struct with this field.");
-    EXPECT_EQ(value, 5.0);
-}
-
-TEST(ReadStateLogical, OnlyALogicalTrueIsTrue) {
-    Array state = single_struct();
-    mxArray* flywheels = mxCreateStructMatrix(3, 1, 0, nullptr);
-    set(flywheels, 0, "flywheel_state", mxCreateLogicalScalar(true));
-    set(flywheels, 1, "flywheel_state", mxCreateLogicalScalar(false));
-    set(flywheels, 2, "flywheel_state", mxCreateDoubleScalar(1));
-    set(state.get(), 0, "flywheels", flywheels);
-    DispatchError outcome;
-    const bool expected[] = {true, false, false};
-    for (std::size_t i = 0; i < 3; ++i) {
-        bool value = !expected[i];
-        EXPECT_TRUE(MatlabConnection::read_state_logical(state.get(), 0, "flywheels", i, "flywheel_state", outcome, value));
-        EXPECT_EQ(value, expected[i]) << i;
+// The numbers read back from new_simulation_state, in the order they are read. Batteries
+// have a dedicated converter only where `dedicated` says so.
+std::vector<double*> decisions_of(SimulationState& s, const std::vector<bool>& dedicated) {
+    std::vector<double*> v;
+    auto converter = [&v](tamlo_dispatch::ConverterState& c) {
+        v.insert(v.end(), {&c.inverter_power_input, &c.inverter_power_output, &c.rectifier_power_input,
+                           &c.rectifier_power_output});
+    };
+    for (auto& g : s.generator_list) v.push_back(&g.power_setpoint);
+    for (auto& w : s.wind_turbine_list) v.push_back(&w.power_setpoint);
+    for (auto& p : s.pv_list) v.push_back(&p.power_setpoint);
+    for (auto& c : s.converter_list) converter(c);
+    for (auto& f : s.flywheel_list) v.push_back(&f.load_served);
+    for (std::size_t i = 0; i < s.battery_list.size(); ++i) {
+        v.push_back(&s.battery_list[i].power_setpoint);
+        if (dedicated[i]) converter(s.battery_list[i].dedicated_converter);
     }
+    for (auto* bus : {&s.ac_bus, &s.dc_bus}) {
+        v.insert(v.end(), {&bus->load_served, &bus->unmet_load, &bus->excess_electricity,
+                           &bus->operating_capacity_served, &bus->capacity_shortage});
+    }
+    for (auto& l : s.primary_load_list) v.push_back(&l.load_served);
+    for (auto& g : s.grid_list) v.insert(v.end(), {&g.grid_purchases, &g.grid_sales});
+    return v;
 }
 
-TEST(ReadBusState, StopsAtTheFirstMissingField) {
-    Array state = single_struct();
-    mxArray* bus = mxCreateStructMatrix(1, 1, 0, nullptr);
-    set(bus, 0, "load_served", mxCreateDoubleScalar(10));
-    set(bus, 0, "excess_electricity", mxCreateDoubleScalar(30));
-    set(state.get(), 0, "ac_bus", bus);
+// Two of each kind and three batteries, every number distinct, counting from `first`.
+SimulationState numbered_state(double first) {
+    SimulationState s;
+    s.generator_list.resize(2);
+    s.wind_turbine_list.resize(2);
+    s.pv_list.resize(2);
+    s.converter_list.resize(2);
+    s.flywheel_list = {{0, 0}, {1, 0}};
+    s.battery_list.resize(3);
+    s.primary_load_list.resize(2);
+    s.grid_list.resize(2);
+    for (double* x : decisions_of(s, {true, true, true})) *x = first++;
+    return s;
+}
 
-    tamlo_dispatch::BusState target;
-    target.excess_electricity = -1;
+std::vector<double> values(const std::vector<double*>& numbers) {
+    std::vector<double> v;
+    for (const double* x : numbers) v.push_back(*x);
+    return v;
+}
+
+// Removes the field and frees its values, which mxRemoveField leaves to the caller.
+void remove_field(mxArray* s, const char* name) {
+    for (std::size_t i = 0; i < mxGetNumberOfElements(s); ++i) mxDestroyArray(mxGetField(s, i, name));
+    mxRemoveField(s, mxGetFieldNumber(s, name));
+}
+
+class ReadNewSimulationState : public ::testing::Test {
+protected:
+    ReadNewSimulationState() {
+        // The first battery has a dedicated converter, the second none. The third battery's
+        // parameters are dropped from the list: the memory behind its end still says
+        // "dedicated converter", which only a read past the end would see.
+        parameters.battery_list.resize(3);
+        parameters.battery_list[0].has_dedicated_converter = true;
+        parameters.battery_list[2].has_dedicated_converter = true;
+        parameters.battery_list.pop_back();
+        tamlo_marshal::fill_simulation_state_struct(answer.get(), decisions);
+    }
+    // What the dispatch function answered, read into a state holding other numbers.
+    bool read(mxArray* answer, DispatchError& outcome) {
+        return MatlabConnection::read_new_simulation_state(answer, state, parameters, outcome);
+    }
+
+    tamlo_dispatch::SimulationParameters parameters;
+    SimulationState decisions = numbered_state(1000);
+    SimulationState state = numbered_state(1);
+    Array answer{tamlo_marshal::make_single_struct()};
+};
+
+TEST_F(ReadNewSimulationState, ReadsEveryDecisionIntoItsOwnField) {
+    // Only a logical true is the simulator's flywheel code 0.
+    mxArray* flywheels = mxGetField(answer.get(), 0, "flywheels");
+    tamlo_marshal::set_struct_field(flywheels, 0, "flywheel_state", mxCreateDoubleScalar(1));
+    tamlo_marshal::set_struct_field(flywheels, 1, "flywheel_state", mxCreateLogicalScalar(true));
+    const SimulationState before = state;
     DispatchError outcome;
-    EXPECT_FALSE(MatlabConnection::read_bus_state(state.get(), "ac_bus", target, outcome));
-    EXPECT_EQ(outcome.message,
-              "Could not find field unmet_load in simulation_state. Check that your MATLAB dispatch function returns a "
-              "struct with this field.");
-    EXPECT_EQ(target.load_served, 10.0);
-    EXPECT_EQ(target.excess_electricity, -1.0);
+    EXPECT_TRUE(read(answer.get(), outcome));
+    EXPECT_EQ(values(decisions_of(state, {true, false, false})), values(decisions_of(decisions, {true, false, false})));
+    for (std::size_t i : {1, 2}) {
+        EXPECT_EQ(state.battery_list[i].dedicated_converter.inverter_power_input,
+                  before.battery_list[i].dedicated_converter.inverter_power_input);
+    }
+    EXPECT_EQ(state.flywheel_list[0].flywheel_state, 1u);
+    EXPECT_EQ(state.flywheel_list[1].flywheel_state, 0u);
+    EXPECT_EQ(outcome.severity, DISPATCH_NO_ERROR);
+}
 
-    DispatchError missing;
-    EXPECT_FALSE(MatlabConnection::read_bus_state(state.get(), "dc_bus", target, missing));
-    EXPECT_EQ(missing.message,
-              "Field dc_bus of simulation_state is missing!  Check that your MATLAB dispatch function returns a struct "
-              "with this field.");
+TEST_F(ReadNewSimulationState, StopsAtTheFirstMissingFieldAndNamesIt) {
+    const std::string check = "Check that your MATLAB dispatch function returns a struct with this field.";
+    const struct {
+        const char* name;
+        std::function<void(mxArray*)> edit;
+        std::string message;  // empty: the read succeeds
+    } rows[] = {
+        {"no batteries: skipped", [](mxArray* s) { remove_field(s, "batteries"); }, ""},
+        {"no generators", [](mxArray* s) { remove_field(s, "generators"); },
+         "Field generators of simulation_state variable is missing! " + check},
+        {"generators without set points", [](mxArray* s) { remove_field(mxGetField(s, 0, "generators"), "power_setpoint"); },
+         "Field power_setpoint of generators(0) in simulation_state could not be read."},
+        {"no ac_bus", [](mxArray* s) { remove_field(s, "ac_bus"); },
+         "Field ac_bus of simulation_state is missing!  " + check},
+        {"no unmet_load", [](mxArray* s) { remove_field(mxGetField(s, 0, "dc_bus"), "unmet_load"); },
+         "Could not find field unmet_load in simulation_state. " + check},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Array edited(mxDuplicateArray(answer.get()));
+        row.edit(edited.get());
+        const double battery_set_point = state.battery_list[0].power_setpoint;
+        DispatchError outcome;
+        EXPECT_EQ(read(edited.get(), outcome), row.message.empty());
+        EXPECT_EQ(outcome.message, row.message);
+        if (row.message.empty()) {
+            EXPECT_EQ(state.battery_list[0].power_setpoint, battery_set_point);
+        }
+    }
 }
 
 }  // namespace
