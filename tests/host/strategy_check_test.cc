@@ -28,7 +28,6 @@ struct Row {
 
 const char* const double_quote_form = "'...' (MATLAB reads \"...\" as a string object, not a char array)";
 
-const char* const double_quote_form = "'...' (MATLAB reads \"...\" as a string object, not a char array)";
 const char* const call_index = "indexing a call's result: f(...)(...)";
 const char* const temporary = "a temporary variable: t = f(...); t(...)";
 
