@@ -15,8 +15,10 @@
 #include <sstream>
 #include <thread>
 
+#include "engine.h"
 #include "study_cases.h"
 #include "study_file.h"
+#include "tamlo_eng_ext.h"
 
 extern char** environ;
 
@@ -298,6 +300,36 @@ TEST(StudyRun, AKilledStudyResumesWithoutRerunningFinishedCases) {
     std::ofstream(study) << study_text(battery + "," + strategies, "\"steps\": 12,");
     ASSERT_EQ(run_study(study, out, "--jobs 2").status, 0);
     for (const auto& [id, row] : summary_rows(out)) EXPECT_EQ(column(row, 4), "12") << row;
+}
+
+// What an engine prints for a command.
+std::string printed(Engine* engine, const char* command) {
+    char buffer[1024] = {};
+    engOutputBuffer(engine, buffer, sizeof buffer);
+    engEvalString(engine, command);
+    return buffer;
+}
+
+// Last: warm engines stay asked for in this process from here on.
+TEST(WarmEngine, IsAForkOfTheTemplateInTheHostFolderWithNothingOfTheEngineBefore) {
+    setenv("TAMLO_ENG_WARM", "1", 1);
+    Engine* first = engOpenSingleUse("", nullptr, nullptr);
+    ASSERT_NE(first, nullptr);
+    printed(first, "x = 1; global g; g = 2; cd('/tmp');");
+    engClose(first);
+    Engine* second = engOpenSingleUse("", nullptr, nullptr);
+    ASSERT_NE(second, nullptr);
+    // Its parent (the field after the state in /proc/PID/stat) is the template, not this process.
+    std::ifstream stat("/proc/" + std::to_string(tamlo_engGetPid(second)) + "/stat");
+    std::string text, state;
+    std::getline(stat, text);
+    std::istringstream fields(text.substr(text.rfind(')') + 2));
+    pid_t parent = -1;
+    fields >> state >> parent;
+    EXPECT_NE(parent, ::getpid());
+    EXPECT_EQ(printed(second, "disp(numel(who)); disp(numel(who('global'))); disp(pwd)"),
+              "0\n0\n" + fs::current_path().string() + "\n");
+    engClose(second);
 }
 
 }  // namespace

@@ -108,6 +108,9 @@ INSTANTIATE_TEST_SUITE_P(
                  R"([{"op": "add", "path": "/batteries/0/dedicated_converter/inverter_capacity", "value": "big"}])",
                  "{dir}/s.json: batteries[0].dedicated_converter.inverter_capacity: expected a power from 0 to 1e10 "
                  "kW, found the text \"big\""},
+        BadInput{"text where a plain number is expected",
+                 R"([{"op": "add", "path": "/generators/0/emissions_factor_CO", "value": "lots"}])",
+                 "{dir}/s.json: generators[0].emissions_factor_CO: expected a number, found the text \"lots\""},
         BadInput{"unknown component field", R"([{"op": "add", "path": "/generators/0/fuel/price", "value": 1}])",
                  "{dir}/s.json: generators[0].fuel.price: unknown field"},
         BadInput{"missing required field", R"([{"op": "remove", "path": "/generators/0/rated_capacity"}])",
