@@ -1,34 +1,28 @@
-// The plant model's rules: wind curve, battery limits and charge, forced generator states,
-// outages and reserve requests.
+// The plant model's rules (wind curve, battery, forced generator states, outages, reserve
+// requests), the books, the sorting of warnings by rule and the summary.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <memory>
+#include <optional>
 
 #include "books.h"
 #include "plant_model.h"
+#include "report.h"
+#include "run.h"
+#include "warning_rules.h"
 
 namespace tamlo_host {
 namespace {
 
 using namespace tamlo_dispatch;
 
-struct WindCase {
-    double speed;
-    double power;
-};
-
-class WindCurve : public ::testing::TestWithParam<WindCase> {};
-
-TEST_P(WindCurve, InterpolatesLinearlyAndIsZeroOutsideTheCurve) {
+TEST(WindCurve, InterpolatesLinearlyAndIsZeroOutsideTheCurve) {
     const PointList curve = {{3, 0}, {5, 2}, {10, 10}, {25, 10}};
-    EXPECT_DOUBLE_EQ(wind_turbine_power(curve, GetParam().speed), GetParam().power);
+    const std::pair<double, double> rows[] = {{0, 0}, {2.9, 0}, {3, 0},   {4, 1},   {5, 2},
+                                              {7.5, 6}, {10, 10}, {25, 10}, {25.1, 0}};  // speed, power
+    for (const auto& [speed, power] : rows) EXPECT_DOUBLE_EQ(wind_turbine_power(curve, speed), power) << speed;
 }
-
-INSTANTIATE_TEST_SUITE_P(Speeds, WindCurve,
-                         ::testing::Values(WindCase{0, 0}, WindCase{2.9, 0}, WindCase{3, 0}, WindCase{4, 1},
-                                           WindCase{5, 2}, WindCase{7.5, 6}, WindCase{10, 10}, WindCase{25, 10},
-                                           WindCase{25.1, 0}));
 
 BatteryParameters battery_with_converter() {
     BatteryParameters b;
@@ -44,90 +38,66 @@ BatteryParameters battery_with_converter() {
     return b;
 }
 
-TEST(BatteryLimits, FollowRoomEfficienciesAndStepLength) {
-    const BatteryLimits limits = battery_limits(battery_with_converter(), 60, 2.0);
-    EXPECT_DOUBLE_EQ(limits.max_charge_power, 40 / (2.0 * 0.9 * 0.5));
-    EXPECT_DOUBLE_EQ(limits.max_discharge_power, 40 * 0.8 * 0.5 / 2.0);
+TEST(Battery, LimitsFollowRoomEfficienciesStepLengthAndTheConverter) {
+    struct Row {
+        const char* name;
+        bool converter;
+        double rectifier_capacity, inverter_capacity, hours, charge, discharge;
+    };
+    const Row rows[] = {
+        {"converter wider than the battery", true, 1000, 1000, 2.0, 40 / (2.0 * 0.9 * 0.5), 40 * 0.8 * 0.5 / 2.0},
+        {"capped by the converter", true, 5, 3, 1.0, 5, 3},
+        {"no converter: neither its capacity nor its efficiency", false, 5, 3, 1.0, 40 / 0.9, 40 * 0.8},
+    };
+    for (const Row& r : rows) {
+        BatteryParameters b = battery_with_converter();
+        b.has_dedicated_converter = r.converter;
+        b.dedicated_converter.rectifier_capacity = r.rectifier_capacity;
+        b.dedicated_converter.inverter_capacity = r.inverter_capacity;
+        const BatteryLimits limits = battery_limits(b, 60, r.hours);
+        EXPECT_DOUBLE_EQ(limits.max_charge_power, r.charge) << r.name;
+        EXPECT_DOUBLE_EQ(limits.max_discharge_power, r.discharge) << r.name;
+    }
 }
 
-TEST(BatteryLimits, AreCappedByTheDedicatedConverter) {
-    BatteryParameters b = battery_with_converter();
-    b.dedicated_converter.rectifier_capacity = 5;
-    b.dedicated_converter.inverter_capacity = 3;
-    const BatteryLimits limits = battery_limits(b, 60, 1.0);
-    EXPECT_DOUBLE_EQ(limits.max_charge_power, 5);
-    EXPECT_DOUBLE_EQ(limits.max_discharge_power, 3);
-}
-
-TEST(BatteryLimits, IgnoreConverterWithoutOne) {
-    BatteryParameters b = battery_with_converter();
-    b.has_dedicated_converter = false;
-    const BatteryLimits limits = battery_limits(b, 60, 1.0);
-    EXPECT_DOUBLE_EQ(limits.max_charge_power, 40 / 0.9);
-    EXPECT_DOUBLE_EQ(limits.max_discharge_power, 40 * 0.8);
-}
-
-TEST(BatteryCharge, FullLimitsReachTheBounds) {
+TEST(Battery, ChargeAppliesEfficienciesBothWaysAndFullLimitsReachTheBounds) {
     const BatteryParameters b = battery_with_converter();
     const BatteryLimits limits = battery_limits(b, 60, 2.0);
     EXPECT_DOUBLE_EQ(battery_soc_after(b, 60, limits.max_charge_power, 2.0), 100);
     EXPECT_DOUBLE_EQ(battery_soc_after(b, 60, -limits.max_discharge_power, 2.0), 20);
-}
-
-TEST(BatteryCharge, AppliesEfficienciesBothWays) {
-    const BatteryParameters b = battery_with_converter();
     EXPECT_DOUBLE_EQ(battery_soc_after(b, 60, 10, 1.0), 60 + 10 * 0.5 * 0.9);
     EXPECT_DOUBLE_EQ(battery_soc_after(b, 60, -4, 1.0), 60 - 4 / (0.5 * 0.8));
     EXPECT_DOUBLE_EQ(battery_soc_after(b, 60, 0, 1.0), 60);
 }
 
-struct ForcedCase {
-    const char* name;
-    bool limit_fuel;
-    double fuel_left;
-    double schedule;
-    bool ran_last_step;
-    double hours_since_start;
-    GeneratorCurrentState expected;
-};
-
-class GeneratorForcing : public ::testing::TestWithParam<ForcedCase> {};
-
-TEST_P(GeneratorForcing, PicksTheFirstRuleThatApplies) {
-    const ForcedCase& c = GetParam();
-    GeneratorParameters g;
-    g.minimum_runtime = 3;
-    g.fuel.limit_consumption = c.limit_fuel;
-    GeneratorHistory history{c.fuel_left, c.ran_last_step, c.hours_since_start};
-    EXPECT_EQ(generator_current_state(g, history, c.schedule), c.expected) << c.name;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    States, GeneratorForcing,
-    ::testing::Values(ForcedCase{"free", false, 0, 0, false, 0, DISPATCH_DECIDES},
-                      ForcedCase{"unlimited fuel never runs out", false, -5, 0, false, 0, DISPATCH_DECIDES},
-                      ForcedCase{"out of fuel", true, 0, 1, true, 1, FORCED_OFF_OUT_OF_FUEL},
-                      ForcedCase{"schedule off beats min runtime", true, 10, -1, true, 1, FORCED_OFF_FOR_SCHEDULE},
-                      ForcedCase{"schedule on", false, 0, 1, false, 0, FORCED_ON_FOR_SCHEDULE},
-                      ForcedCase{"minimum runtime", false, 0, 0, true, 2, FORCED_ON_FOR_MINIMUM_RUNTIME},
-                      ForcedCase{"minimum runtime reached", false, 0, 0, true, 3, DISPATCH_DECIDES}));
-
-TEST(GeneratorFuel, UsesLinearOrNonlinearCurve) {
-    GeneratorParameters g;
-    g.rated_capacity = 100;
-    g.fuel_curve_intercept = 0.1;
-    g.fuel_curve_slope = 0.25;
-    EXPECT_DOUBLE_EQ(generator_fuel(g, 40, 2.0), (0.1 * 100 + 0.25 * 40) * 2.0);
-    EXPECT_DOUBLE_EQ(generator_fuel(g, 0, 2.0), 0);
-    g.use_nonlinear_fuel_curve = true;
-    g.nonlinear_x0 = 1;
-    g.nonlinear_x1 = 0.2;
-    g.nonlinear_x2 = 0.01;
-    EXPECT_DOUBLE_EQ(generator_fuel(g, 10, 1.0), 1 + 2 + 1);
+TEST(GeneratorForcing, PicksTheFirstRuleThatApplies) {
+    struct Row {
+        const char* name;
+        bool limit_fuel;
+        double fuel_left, schedule;
+        bool ran_last_step;
+        double hours_since_start;
+        GeneratorCurrentState expected;
+    };
+    const Row rows[] = {{"free", false, 0, 0, false, 0, DISPATCH_DECIDES},
+                        {"unlimited fuel never runs out", false, -5, 0, false, 0, DISPATCH_DECIDES},
+                        {"out of fuel", true, 0, 1, true, 1, FORCED_OFF_OUT_OF_FUEL},
+                        {"schedule off beats min runtime", true, 10, -1, true, 1, FORCED_OFF_FOR_SCHEDULE},
+                        {"schedule on", false, 0, 1, false, 0, FORCED_ON_FOR_SCHEDULE},
+                        {"minimum runtime", false, 0, 0, true, 2, FORCED_ON_FOR_MINIMUM_RUNTIME},
+                        {"minimum runtime reached", false, 0, 0, true, 3, DISPATCH_DECIDES}};
+    for (const Row& r : rows) {
+        GeneratorParameters g;
+        g.minimum_runtime = 3;
+        g.fuel.limit_consumption = r.limit_fuel;
+        GeneratorHistory history{r.fuel_left, r.ran_last_step, r.hours_since_start};
+        EXPECT_EQ(generator_current_state(g, history, r.schedule), r.expected) << r.name;
+    }
 }
 
 // A two-step scenario built in memory: one AC and one DC load, PV on DC, wind on AC, a
-// generator with limited fuel and minimum runtime, a battery, a scheduled grid with an outage.
+// generator with limited fuel and minimum runtime, a battery, a scheduled grid down in the first
+// step and closed to sales by its rate in the second.
 Scenario small_scenario() {
     Scenario s;
     s.steps = 2;
@@ -166,11 +136,11 @@ Scenario small_scenario() {
     grid.limit_net_grid_purchases = true;
     grid.max_net_grid_purchases = 70;
     p.grid_list = {grid};
-    s.plant.grids = {PlantGrid{{0, 1}, 0, 25}};
+    s.plant.grids = {PlantGrid{{1, 0}, 0, 25}};
     return s;
 }
 
-TEST(PlantModel, FillsLoadsRenewablesAndReserveRequests) {
+TEST(PlantModel, FillsLoadsRenewablesReservesBatteryAndGridFromTheScenario) {
     const Scenario s = small_scenario();
     PlantModel plant(s);
     SimulationState state;
@@ -182,31 +152,36 @@ TEST(PlantModel, FillsLoadsRenewablesAndReserveRequests) {
     // load * (1 + 20 %) + 10 % of peak + 50 % of wind (AC); solar share 25 % on DC.
     EXPECT_DOUBLE_EQ(state.ac_bus.operating_capacity_requested, 50 * 1.2 + 10 + 0.5 * 8);
     EXPECT_DOUBLE_EQ(state.dc_bus.operating_capacity_requested, 5 * 1.2 + 1 + 0.25 * 20);
-    EXPECT_EQ(state.current_timestep, 0u);
-}
-
-TEST(PlantModel, FillsBatteryFromItsChargeAndLimits) {
-    const Scenario s = small_scenario();
-    PlantModel plant(s);
-    SimulationState state;
-    plant.fill_state(0, state);
     const BatteryState& b = state.battery_list[0];
     EXPECT_DOUBLE_EQ(b.state_of_charge_kwh, 60);
     EXPECT_DOUBLE_EQ(b.state_of_charge_percent, 60);
     EXPECT_DOUBLE_EQ(b.max_discharge_power, 40 * 0.8 * 0.5);
     EXPECT_DOUBLE_EQ(b.energy_cost, 0.5);
+    const GridState& grid = state.grid_list[0];
+    EXPECT_TRUE(grid.grid_state.grid_is_down);
+    EXPECT_DOUBLE_EQ(grid.max_grid_purchases, 0);
+    EXPECT_DOUBLE_EQ(grid.max_grid_sales, 0);
+    EXPECT_DOUBLE_EQ(grid.power_price, 0.1);
+    EXPECT_DOUBLE_EQ(grid.sellback_rate, 0.05);
     state.battery_list[0].power_setpoint = -8;
     plant.apply(state);
     plant.fill_state(1, state);
+    EXPECT_EQ(state.current_timestep, 1u);
     EXPECT_DOUBLE_EQ(state.battery_list[0].state_of_charge_kwh, 60 - 8 / (0.5 * 0.8));
+    // Up again, but its rate forbids sales.
+    EXPECT_FALSE(state.grid_list[0].grid_state.grid_is_down);
+    EXPECT_TRUE(state.grid_list[0].grid_state.prohibit_any_grid_sales);
+    EXPECT_DOUBLE_EQ(state.grid_list[0].max_grid_purchases, 70);
+    EXPECT_DOUBLE_EQ(state.grid_list[0].max_grid_sales, 0);
+    EXPECT_DOUBLE_EQ(state.grid_list[0].power_price, 0.3);
 }
 
-TEST(PlantModel, LimitsBatterySetPointsAndCountsThem) {
+TEST(PlantModel, LimitsBatterySetPointsEvenSlightlyOverAndCountsThem) {
     const Scenario s = small_scenario();
     PlantModel plant(s);
     SimulationState state;
     plant.fill_state(0, state);
-    state.battery_list[0].power_setpoint = -1000;
+    state.battery_list[0].power_setpoint = -16.1;  // the limit is 16
     const StepOutcome outcome = plant.apply(state);
     EXPECT_EQ(outcome.battery_setpoints_limited, 1u);
     EXPECT_DOUBLE_EQ(outcome.battery_power[0], -16);
@@ -231,25 +206,6 @@ TEST(PlantModel, NonFiniteDecisionsKeepChargeFuelAndBooksFinite) {
     EXPECT_EQ(books.non_finite_steps, 2u);
 }
 
-TEST(PlantModel, GridPricesFollowTheScheduleAndOutagesCloseTheGrid) {
-    const Scenario s = small_scenario();
-    PlantModel plant(s);
-    SimulationState state;
-    plant.fill_state(0, state);
-    EXPECT_FALSE(state.grid_list[0].grid_state.grid_is_down);
-    EXPECT_DOUBLE_EQ(state.grid_list[0].max_grid_purchases, 70);
-    EXPECT_DOUBLE_EQ(state.grid_list[0].max_grid_sales, 25);
-    EXPECT_DOUBLE_EQ(state.grid_list[0].power_price, 0.1);
-    EXPECT_DOUBLE_EQ(state.grid_list[0].sellback_rate, 0.05);
-    plant.apply(state);
-    plant.fill_state(1, state);
-    EXPECT_TRUE(state.grid_list[0].grid_state.grid_is_down);
-    EXPECT_TRUE(state.grid_list[0].grid_state.prohibit_any_grid_sales);
-    EXPECT_DOUBLE_EQ(state.grid_list[0].max_grid_purchases, 0);
-    EXPECT_DOUBLE_EQ(state.grid_list[0].max_grid_sales, 0);
-    EXPECT_DOUBLE_EQ(state.grid_list[0].power_price, 0.3);
-}
-
 TEST(PlantModel, ForcesGeneratorOnForMinimumRuntimeThenOffWhenFuelIsSpent) {
     const Scenario s = small_scenario();
     PlantModel plant(s);
@@ -268,6 +224,153 @@ TEST(PlantModel, ForcesGeneratorOnForMinimumRuntimeThenOffWhenFuelIsSpent) {
     plant.fill_state(1, state);
     EXPECT_EQ(state.generator_list[0].current_state, FORCED_OFF_OUT_OF_FUEL);
     EXPECT_DOUBLE_EQ(state.generator_list[0].power_available, 0);
+}
+
+TEST(Books, SumEnergiesFuelStartsAndMoney) {
+    Books books(1);
+    SimulationState s;
+    s.ac_bus.load_requested = 10;
+    s.ac_bus.load_served = 8;
+    s.ac_bus.unmet_load = 2;
+    s.dc_bus.load_requested = 4;
+    s.dc_bus.load_served = 4;
+    s.dc_bus.excess_electricity = 1;
+    s.generator_list = {GeneratorState{20, 6, DISPATCH_DECIDES}};
+    s.pv_list = {PvState{5, 3}};
+    GridState grid;
+    grid.grid_purchases = 5;
+    grid.grid_sales = 1;
+    grid.power_price = 0.2;
+    grid.sellback_rate = 0.1;
+    s.grid_list = {grid};
+    StepOutcome outcome{{1.5}, {true}, {-2.0}, 0};
+    books.record(s, outcome, 0.5);
+    outcome.generator_started = {false};
+    outcome.battery_power = {3.0};
+    books.record(s, outcome, 0.5);
+
+    EXPECT_EQ(books.steps, 2u);
+    EXPECT_DOUBLE_EQ(books.energy_requested, 14.0);
+    EXPECT_DOUBLE_EQ(books.energy_served + books.unmet_load, books.energy_requested);
+    EXPECT_DOUBLE_EQ(books.excess_electricity, 1.0);
+    EXPECT_DOUBLE_EQ(books.generators[0].energy, 6.0);
+    EXPECT_DOUBLE_EQ(books.generators[0].fuel, 3.0);
+    EXPECT_DOUBLE_EQ(books.generators[0].runtime_hours, 1.0);
+    EXPECT_EQ(books.generators[0].starts, 1u);
+    EXPECT_DOUBLE_EQ(books.battery_discharged, 1.0);
+    EXPECT_DOUBLE_EQ(books.battery_charged, 1.5);
+    EXPECT_DOUBLE_EQ(books.battery_throughput(), 2.5);
+    EXPECT_DOUBLE_EQ(books.grid_bought, 5.0);
+    EXPECT_DOUBLE_EQ(books.grid_sold, 1.0);
+    EXPECT_DOUBLE_EQ(books.grid_cost, 2 * (5 * 0.2 - 1 * 0.1) * 0.5);
+    EXPECT_DOUBLE_EQ(books.renewable_fraction(), 3.0 / (3.0 + 6.0 + 5.0));
+}
+
+TEST(WarningSorting, FindsTheRuleFromTheFixedText) {
+    const std::pair<const char*, const char*> rows[] = {  // text, rule
+        {"simulation_state.generators(2).power_setpoint (5.000000 kW) is greater than the generator's "
+                    "power_available (4.000000 kW) in time step: 3",
+                    "G1"},
+        {"simulation_state.generators(1).power_setpoint (0.500000 kW) is less than the generator's minimum "
+                    "load (simulation_parameters_.generator_list[i].minimum_load) in time step: 1",
+                    "G2"},
+        {"simulation_state.generators(1).current_state is FORCED_ON but the generator is not producing "
+                    "power in time step: 4",
+                    "G3"},
+        {"simulation_state.generators(1).current_state is FORCED_OFF but the generator is producing power "
+                    "(2.000000 kW) in time step: 4",
+                    "G4"},
+        {"simulation_state.grids(0).grid_is_down is TRUE but power is being sold (2.000000 kW) in time "
+                    "step: 1",
+                    "R2"},
+        {"simulation_state.grids[0].grid_purchases (9.000000 kW) exceeds "
+                    "simulation_state.grids[0].max_grid_purchases in time step: 1",
+                    "R3"},
+        {"The value of simulation_state.dc_bus.load_served (3.871000 kW) exceeds the available generation "
+                    "(0.000000 kW) in timestep: 1",
+                    "B3"},
+        {"The value of simulation_state.ac_bus.operating_capacity_served (50.000000 kW) exceeds the "
+                    "available capacity (40.000000 kW) in time step: 2",
+                    "B5"},
+        {"AC production exceeds the load, but excess electricity doesn't match the expected value. "
+                    "Estimated AC production: 39.430000 kW. AC load requested: 28.435000 kW. AC excess electricity: "
+                    "0.000000 kW. Time step: 1",
+                    "B9"},
+        {"Unmet load can't be less than zero: simulation_state.dc_bus.unmet_load = -1.000000 kW. Time "
+                    "step: 1",
+                    "S10"},
+        {"Load served can't be greater than load requested: simulation_state.dc_bus.load_served = "
+                    "5.000000. simulation_state.dc_bus.load_requested = 4.000000 kW. Time step: 1",
+                    "L2"},
+        {"There were additional warnings.", "limit"}, {"MATLAB warning: mine", "MATLAB"},
+        {"Something else", "other"}
+    };
+    for (const auto& [text, rule] : rows) EXPECT_STREQ(classify_warning(text).id, rule) << text;
+}
+
+TEST(WarningCounts, FollowTheRuleTableAndLeaveOutRulesWithoutWarnings) {
+    const auto counts = count_warnings({"Something else", "There were additional warnings.",
+                                        "The value of simulation_state.pvs(1).power_setpoint (2 kW) ...",
+                                        "The value of simulation_state.pvs(2).power_setpoint (2 kW) ..."});
+    ASSERT_EQ(counts.size(), 3u);
+    EXPECT_STREQ(counts[0].first->id, "P1");
+    EXPECT_EQ(counts[0].second, 2u);
+    EXPECT_STREQ(counts[1].first->id, "limit");
+    EXPECT_STREQ(counts[2].first->id, "other");
+}
+
+TEST(Summary, ExplainsTheEngineStartCodesOfOurLibengOnly) {
+    struct Row {
+        const char* message;                // what start_simulation returned
+        std::optional<std::string> places;  // our libeng's search places; none with MATLAB's
+        const char* explanation;            // the summary's lines after the start error
+    };
+    const Row rows[] = {
+        {"\nCan't start MATLAB engine: code 1\n", "/opt/a/octave-engine\n/opt/bin/octave-engine\n",
+                    "  code 1: no octave-engine program was found; looked in:\n    /opt/a/octave-engine\n"
+                    "    /opt/bin/octave-engine\n"},
+        {"\nCan't start MATLAB engine: code 3\n", "",
+                    "  code 3: the engine program started but did not report ready; run it by hand to see why\n"},
+        {"\nCan't start MATLAB engine: code 1\n", std::nullopt, ""},
+        {"\nCan't start MATLAB engine: code 7\n", "", ""}
+    };
+    for (const Row& r : rows) {
+        Scenario scenario;
+        scenario.file = "x.json";
+        scenario.steps = 3;
+        scenario.parameters.timestep_size_in_seconds = 3600;
+        RunOutcome outcome(0);
+        outcome.start_error.severity = DISPATCH_CRITICAL_ERROR;
+        outcome.start_error.message = r.message;
+        outcome.critical = true;
+        outcome.engine_search_places = r.places;
+        const std::string head = "Scenario x.json: 0 of 3 time steps of 3600 s\nStart simulation: critical error: " +
+                                 std::string(r.message) + "\n" + r.explanation + "\nLoad (kWh)\n";
+        EXPECT_EQ(format_summary(scenario, outcome).substr(0, head.size()), head);
+    }
+}
+
+TEST(Summary, CountsNonFiniteStepsAndKeepsTotalsNumbers) {
+    Scenario scenario;
+    scenario.file = "x.json";
+    scenario.steps = 3;
+    scenario.parameters.generator_list.resize(1);
+    scenario.parameters.generator_list[0].component.name = "G";
+    RunOutcome outcome(1);
+    outcome.steps_run = 3;
+    SimulationState s;
+    s.generator_list = {GeneratorState{20, 0, DISPATCH_DECIDES}};
+    for (const double p : {std::nan(""), 5.0, HUGE_VAL}) {
+        s.generator_list[0].power_setpoint = p;
+        outcome.books.record(s, StepOutcome{{0.0}, {false}, {}, 0}, 1.0);
+    }
+    const std::string summary = format_summary(scenario, outcome);
+    EXPECT_NE(summary.find("  generator G               5.0, fuel 0.0, 1.0 h run, 0 starts\n"), std::string::npos)
+        << summary;
+    EXPECT_NE(summary.find("\nNon-finite decisions\n  2 time steps had a non-finite set point or bus value; the "
+                           "books count it as 0\n"),
+              std::string::npos)
+        << summary;
 }
 
 }  // namespace

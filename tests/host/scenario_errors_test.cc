@@ -1,5 +1,5 @@
-// The scenario reader: a table of bad inputs and the one message each must give, and what
-// a good scenario becomes.
+// The scenario reader and the command line: tables of bad inputs and the one message each must
+// give, and what a good scenario becomes.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -22,7 +22,7 @@ const char* const base_scenario = R"({
   "timestep_size_in_seconds": 3600,
   "number_of_timesteps": 3,
   "extension_parameters": [{"name": "path", "value": "."}, {"name": "dispatch", "value": "d"}],
-  "generators": [{"name": "g", "rated_capacity": 10, "fuel": {"cost": 1}}],
+  "generators": [{"name": "g", "rated_capacity": 10, "minimum_load": 0, "fuel": {"cost": 1}}],
   "primary_loads": [{"name": "ac", "is_AC": true}],
   "batteries": [{"fractional_charge_efficiency": 0.9, "fractional_discharge_efficiency": 0.9,
                  "battery_bank_maximum_absolute_soc": 10, "dedicated_converter": {"inverter_capacity": 5}}],
@@ -41,12 +41,10 @@ protected:
         dir_ = name;
         write("loads.csv", "hour,ac\n0,1\n1,2\n2,3\n");
         write("short.csv", "hour,ac\n0,1\n1,2\n");
-        write("text.csv", "# comment line\nhour,ac\n0,1\n1,abc\n2,3\n");
+        write("text.csv", "# comment line\nhour,ac\n0,1\n1,.\n2,3\n");
         write("negative.csv", "hour,ac\n0,1\n1,-4\n2,3\n");
         write("index.csv", "hour,rate\n0,0\n1,0\n2,1\n");
         write("duplicate.csv", "hour,ac,ac\n0,1,1\n1,2,2\n2,3,3\n");
-        write("hex.csv", "hour,ac\n0,1\n1,0x1A\n2,3\n");
-        write("inf.csv", "hour,ac\n0,inf\n1,2\n2,3\n");
         write("huge.csv", "hour,ac\n0,1\n1,2\n2,1e400\n");
         write("bytes.csv", "hour,ac\n0,1\n1,ab\xff\x01\n2,3\n");
         std::filesystem::create_directory(dir_ / "it's");
@@ -72,27 +70,22 @@ protected:
     std::filesystem::path dir_;
 };
 
-TEST_F(ScenarioFiles, BaseScenarioReadsWithDerivedValues) {
+TEST_F(ScenarioFiles, BaseScenarioReadsWithDerivedValuesAndStepsShortenIt) {
     const Scenario s = read_scenario(scenario_with(""));
-    EXPECT_EQ(s.steps, 3u);
-    ASSERT_EQ(s.plant.loads.size(), 1u);
     EXPECT_EQ(s.plant.loads[0], (std::vector<double>{1, 2, 3}));
     EXPECT_DOUBLE_EQ(s.parameters.primary_load_list[0].peak_load, 3);
     EXPECT_EQ(s.parameters.extension_parameters[0].text_value, dir_.string());
     EXPECT_DOUBLE_EQ(s.parameters.battery_list[0].dedicated_converter.inverter_capacity, 5);
     EXPECT_DOUBLE_EQ(s.plant.batteries[0].initial_state_of_charge_percent, 100);
-}
-
-TEST_F(ScenarioFiles, StepsOptionShortensTheRun) {
-    const Scenario s = read_scenario(scenario_with(""), 2);
-    EXPECT_EQ(s.parameters.number_of_timesteps, 2u);
-    EXPECT_EQ(s.plant.loads[0].size(), 2u);
+    const Scenario shorter = read_scenario(scenario_with(""), 2);
+    EXPECT_EQ(shorter.parameters.number_of_timesteps, 2u);
+    EXPECT_EQ(shorter.plant.loads[0].size(), 2u);
 }
 
 struct BadInput {
-    const char* name;
-    const char* patch;  // JSON patch applied to the base scenario
-    const char* message;
+    std::string name;
+    std::string patch;  // JSON patch applied to the base scenario
+    std::string message;
 };
 
 class BadScenario : public ScenarioFiles, public ::testing::WithParamInterface<BadInput> {};
@@ -115,17 +108,15 @@ INSTANTIATE_TEST_SUITE_P(
                  R"([{"op": "add", "path": "/batteries/0/dedicated_converter/inverter_capacity", "value": "big"}])",
                  "{dir}/s.json: batteries[0].dedicated_converter.inverter_capacity: expected a power from 0 to 1e10 "
                  "kW, found the text \"big\""},
+        BadInput{"text where a plain number is expected",
+                 R"([{"op": "add", "path": "/generators/0/emissions_factor_CO", "value": "lots"}])",
+                 "{dir}/s.json: generators[0].emissions_factor_CO: expected a number, found the text \"lots\""},
         BadInput{"unknown component field", R"([{"op": "add", "path": "/generators/0/fuel/price", "value": 1}])",
                  "{dir}/s.json: generators[0].fuel.price: unknown field"},
-        BadInput{"unknown top-level field", R"([{"op": "add", "path": "/flywheel", "value": []}])",
-                 "{dir}/s.json: flywheel: unknown field"},
         BadInput{"missing required field", R"([{"op": "remove", "path": "/generators/0/rated_capacity"}])",
                  "{dir}/s.json: generators[0].rated_capacity: missing; this field is required"},
         BadInput{"boolean expected", R"([{"op": "add", "path": "/primary_loads/0/is_AC", "value": 1}])",
                  "{dir}/s.json: primary_loads[0].is_AC: expected true or false, found the number 1"},
-        BadInput{"negative count", R"([{"op": "add", "path": "/generators/0/component_number", "value": -2}])",
-                 "{dir}/s.json: generators[0].component_number: expected a whole number from 0 to 9007199254740992 "
-                 "(MATLAB receives it as a double), found the number -2"},
         BadInput{"missing series file",
                  R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "none.csv"}])",
                  "{dir}/none.csv: cannot open the file (named at plant.primary_loads[0].load in {dir}/s.json)"},
@@ -135,7 +126,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "plant.primary_loads[0].load in {dir}/s.json)"},
         BadInput{"text in a series",
                  R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "text.csv"}])",
-                 "{dir}/text.csv:4: column \"ac\": \"abc\" is not a decimal number (like 12, -0.5 or 1e5)"},
+                 "{dir}/text.csv:4: column \"ac\": \".\" is not a decimal number (like 12, -0.5 or 1e5)"},
         BadInput{"negative load", R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "negative.csv"}])",
                  "{dir}/negative.csv:3: column \"ac\": -4 is not allowed here; it needs a power from 0 to 1e10 kW"},
         BadInput{"unknown column", R"([{"op": "add", "path": "/plant/primary_loads/0/load/column", "value": "dc"}])",
@@ -144,11 +135,6 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"lists that disagree",
                  R"([{"op": "add", "path": "/plant/primary_loads/1", "value": {"load": {"file": "loads.csv", "column": "ac"}}}])",
                  "{dir}/s.json: plant.primary_loads: has 2 entries but primary_loads has 1; the two lists must agree"},
-        BadInput{"plant entries missing", R"([{"op": "remove", "path": "/plant/grids"}])",
-                 "{dir}/s.json: plant.grids: missing; each of the 1 grids needs an entry here"},
-        BadInput{"inline per-step list too short",
-                 R"([{"op": "add", "path": "/grids/0/technical_model/grid_rate_index", "value": [0, 0]}])",
-                 "{dir}/s.json: grids[0].technical_model.grid_rate_index: has 2 values but the run has 3 time steps"},
         BadInput{"index out of range in a series",
                  R"([{"op": "add", "path": "/grids/0/technical_model/grid_rate_index", "value": {"file": "index.csv", "column": "rate"}}])",
                  "{dir}/index.csv:4: column \"rate\": 1 is not allowed here; it needs a whole number from 0 to 0 (a "
@@ -163,10 +149,6 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"missing strategy folder",
                  R"([{"op": "add", "path": "/extension_parameters/0/value", "value": "strategies"}])",
                  "{dir}/s.json: extension_parameters[0].value: the folder {dir}/strategies does not exist"},
-        BadInput{"list expected", R"([{"op": "add", "path": "/generators", "value": {"name": "g"}}])",
-                 "{dir}/s.json: generators: expected a list, found an object"},
-        BadInput{"zero time steps", R"([{"op": "add", "path": "/number_of_timesteps", "value": 0}])",
-                 "{dir}/s.json: number_of_timesteps: must be above 0"},
         BadInput{"quote in the strategy folder",
                  R"([{"op": "add", "path": "/extension_parameters/0/value", "value": "it's"}])",
                  "{dir}/s.json: extension_parameters[0].value: the folder {dir}/it's has a single quote in its name; "
@@ -178,70 +160,36 @@ INSTANTIATE_TEST_SUITE_P(
                  "{dir}/s.json: extension_parameters[1].value: \"strategies'); system('touch X'); cd('strategies\" is "
                  "not a MATLAB function name; it needs a letter, then letters, digits or underscores, at most 63 "
                  "characters, and no keyword"},
-        BadInput{"a call after a function name",
-                 R"j([{"op": "add", "path": "/extension_parameters/-", "value": {"name": "end simulation", "value": "e; delete('x')"}}])j",
-                 "{dir}/s.json: extension_parameters[2].value: \"e; delete('x')\" is not a MATLAB function name; it "
-                 "needs a letter, then letters, digits or underscores, at most 63 characters, and no keyword"},
-        BadInput{"negative capacity", R"([{"op": "add", "path": "/generators/0/rated_capacity", "value": -5}])",
-                 "{dir}/s.json: generators[0].rated_capacity: -5 is not allowed here; it needs a power from 0 to 1e10 "
-                 "kW"},
         BadInput{"absurd capacity", R"([{"op": "add", "path": "/generators/0/rated_capacity", "value": 1e308}])",
                  "{dir}/s.json: generators[0].rated_capacity: 1e+308 is not allowed here; it needs a power from 0 to "
                  "1e10 kW"},
-        BadInput{"absurd battery energy",
-                 R"([{"op": "add", "path": "/batteries/0/battery_bank_maximum_absolute_soc", "value": 1e12}])",
-                 "{dir}/s.json: batteries[0].battery_bank_maximum_absolute_soc: 1000000000000.0 is not allowed here; it "
-                 "needs an energy from 0 to 1e10 kWh"},
         BadInput{"minimum load above rating", R"([{"op": "add", "path": "/generators/0/minimum_load", "value": 12}])",
                  "{dir}/s.json: generators[0].minimum_load: must be at most rated_capacity (10.0)"},
+        BadInput{"long text cut in the message",
+                 R"([{"op": "add", "path": "/generators/0/rated_capacity", "value": ")" + std::string(300, 'x') + "\"}]",
+                 "{dir}/s.json: generators[0].rated_capacity: expected a power from 0 to 1e10 kW, found the text \"" +
+                     std::string(200, 'x') + "...\""},
         BadInput{"count beyond its record's range",
                  R"([{"op": "add", "path": "/flywheels", "value": [{"quantity": 1099511627776}]}])",
                  "{dir}/s.json: flywheels[0].quantity: expected a whole number from 0 to 2147483647, found the number "
                  "1099511627776"},
-        BadInput{"count beyond what MATLAB holds exactly",
-                 R"([{"op": "add", "path": "/generators/0/component_number", "value": 1152921504606846976}])",
-                 "{dir}/s.json: generators[0].component_number: expected a whole number from 0 to 9007199254740992 "
-                 "(MATLAB receives it as a double), found the number 1152921504606846976"},
-        BadInput{"negative price", R"([{"op": "add", "path": "/grids/0/technical_model/grid_rate/0/power_price", "value": -2e9}])",
-                 "{dir}/s.json: grids[0].technical_model.grid_rate[0].power_price: -2000000000.0 is not allowed here; it "
-                 "needs a price from -1e9 to 1e9 per kWh"},
         BadInput{"duplicate series columns",
                  R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "duplicate.csv"}])",
                  "{dir}/duplicate.csv:1: column \"ac\" appears twice in the header line (fields 2 and 3)"},
-        BadInput{"hexadecimal in a series",
-                 R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "hex.csv"}])",
-                 "{dir}/hex.csv:3: column \"ac\": \"0x1A\" is not a decimal number (like 12, -0.5 or 1e5)"},
-        BadInput{"inf in a series", R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "inf.csv"}])",
-                 "{dir}/inf.csv:2: column \"ac\": \"inf\" is not a decimal number (like 12, -0.5 or 1e5)"},
         BadInput{"overflowing number in a series",
                  R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "huge.csv"}])",
                  "{dir}/huge.csv:4: column \"ac\": 1e400 is beyond the range of numbers"},
         BadInput{"invalid bytes in a series",
                  R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "bytes.csv"}])",
                  "{dir}/bytes.csv:3: column \"ac\": \"ab\\xFF\\x01\" is not a decimal number (like 12, -0.5 or 1e5)"},
-        BadInput{"control character in a text",
-                 R"([{"op": "add", "path": "/generators/0/rated_capacity", "value": "a\u0001b"}])",
-                 "{dir}/s.json: generators[0].rated_capacity: expected a power from 0 to 1e10 kW, found the text "
-                 "\"a\\x01b\""},
-        BadInput{"folder where a series file is expected",
-                 R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "it's"}])",
-                 "{dir}/it's: is a folder; name a CSV file (named at plant.primary_loads[0].load in {dir}/s.json)"}),
+        BadInput{"fraction where a count is expected",
+                 R"([{"op": "add", "path": "/generators/0/component_number", "value": 1.5}])",
+                 "{dir}/s.json: generators[0].component_number: expected a whole number from 0 to 9007199254740992 "
+                 "(MATLAB receives it as a double), found the number 1.5"},
+        BadInput{"point of a curve that is not two numbers",
+                 R"([{"op": "add", "path": "/wind_turbines", "value": [{"power_curve": [[0, 0], [3, "x"]]}]}])",
+                 "{dir}/s.json: wind_turbines[0].power_curve[1]: expected a point [x, y] of two numbers, found [3,\"x\"]"}),
     tamlo_test::row_name);
-
-TEST_F(ScenarioFiles, LongTextIsCutInTheMessage) {
-    const std::string text(20 * 1024 * 1024, 'x');
-    Json document = Json::parse(base_scenario);
-    document["generators"][0]["rated_capacity"] = text;
-    write("s.json", document.dump());
-    try {
-        read_scenario((dir_ / "s.json").string());
-        FAIL();
-    } catch (const InputError& e) {
-        EXPECT_EQ(std::string(e.what()), expand("{dir}/s.json: generators[0].rated_capacity: expected a power from 0 "
-                                                "to 1e10 kW, found the text \"") +
-                                             std::string(200, 'x') + "...\"");
-    }
-}
 
 struct BadCommandLine {
     const char* name;
@@ -270,8 +218,8 @@ TEST_P(BadOption, ExitsWithStatusTwoAndOneMessage) {
 INSTANTIATE_TEST_SUITE_P(
     Table, BadOption,
     ::testing::Values(
-        BadCommandLine{"steps beyond any count", "--steps 99999999999999999999999",
-                       "--steps: 99999999999999999999999 is out of range; expected 1 to 9007199254740992\n"
+        BadCommandLine{"steps one past the largest whole number", "--steps 18446744073709551617",
+                       "--steps: 18446744073709551617 is out of range; expected 1 to 9007199254740992\n"
                        "Run with --help for more information.\n"},
         BadCommandLine{"hexadecimal steps", "--steps 0x1A",
                        "--steps: expected a whole number, found \"0x1A\"\nRun with --help for more information.\n"},
@@ -296,28 +244,13 @@ INSTANTIATE_TEST_SUITE_P(
         BadCommandLine{"results in a missing folder", "--out {dir}/missing/r.csv",
                        "dispatch-bench: --out {dir}/missing/r.csv: the folder {dir}/missing does not exist; create it "
                        "first\n"},
-        BadCommandLine{"plot in a missing folder", "--plot {dir}/missing/week.png",
-                       "dispatch-bench: --plot {dir}/missing/week.png: the folder {dir}/missing does not exist; create "
-                       "it first\n"},
         BadCommandLine{"summary over the scenario", "--summary-json {dir}/s.json",
                        "dispatch-bench: --summary-json {dir}/s.json: this is the scenario of the run ({dir}/s.json); "
                        "writing to it would overwrite it; choose another file\n"},
         BadCommandLine{"year plot over the week plot", "--plot {dir}/p.png --plot-year {dir}/p.png",
                        "dispatch-bench: --plot-year {dir}/p.png: this is the --plot file of the run ({dir}/p.png); "
-                       "writing to it would overwrite it; choose another file\n"},
-        BadCommandLine{"year plot in a missing folder", "--plot-year {dir}/missing/year.png",
-                       "dispatch-bench: --plot-year {dir}/missing/year.png: the folder {dir}/missing does not exist; "
-                       "create it first\n"}),
+                       "writing to it would overwrite it; choose another file\n"}),
     tamlo_test::row_name);
-
-TEST_F(ScenarioFiles, MissingScenarioFileIsNamed) {
-    try {
-        read_scenario((dir_ / "nothing.json").string());
-        FAIL();
-    } catch (const InputError& e) {
-        EXPECT_EQ(std::string(e.what()), expand("{dir}/nothing.json: cannot open the file"));
-    }
-}
 
 TEST_F(ScenarioFiles, SyntaxErrorNamesLineAndColumn) {
     write("broken.json", "{\n  \"number_of_timesteps\": 3,\n  oops\n}\n");
@@ -331,32 +264,12 @@ TEST_F(ScenarioFiles, SyntaxErrorNamesLineAndColumn) {
     }
 }
 
-TEST_F(ScenarioFiles, InvalidUtf8IsEscapedInTheMessage) {
-    write("bytes.json", "{\"number_of_timesteps\": \"a\xff\"}");
-    try {
-        read_scenario((dir_ / "bytes.json").string());
-        FAIL();
-    } catch (const InputError& e) {
-        EXPECT_EQ(std::string(e.what()),
-                  expand("{dir}/bytes.json: not valid JSON: parse error at line 1, column 27: syntax error while parsing "
-                         "value - invalid string: ill-formed UTF-8 byte; last read: '\"a\\xFF'"));
-    }
-}
-
 TEST(CommandLine, VersionNamesTheBuildsCommit) {
     const char* argv[] = {"dispatch-bench", "--version"};
     std::ostringstream out, err;
     EXPECT_EQ(run_command_line(2, argv, out, err), exit_completed);
     EXPECT_EQ(out.str().rfind("dispatch-bench 0.1 (commit ", 0), 0u) << out.str();
     EXPECT_EQ(err.str(), "");
-}
-
-TEST(ExampleScenario, ReadsAFullYear) {
-    const Scenario s = read_scenario(std::string(TAMLO_SOURCE_DIR) + "/examples/hybrid_load_following.json");
-    EXPECT_EQ(s.steps, 8760u);
-    EXPECT_EQ(s.plant.solar[0].size(), 8760u);
-    EXPECT_EQ(s.parameters.pv_list[0].solar_forecast.size(), 8760u);
-    EXPECT_EQ(s.parameters.grid_list[0].technical_model->get_model_type(), tamlo_dispatch::GridModelType::Scheduled);
 }
 
 }  // namespace

@@ -25,8 +25,8 @@ cat > "$work/study.json" <<STUDY
   "vary": [
     {"name": "battery", "path": "batteries[0].battery_bank_maximum_absolute_soc", "values": [100, 200, 400]},
     {"name": "strategy", "strategies": [
-      {"label": "persistent", "path": "$fixtures/strategy_a", "dispatch": "persistent_dispatch"},
-      {"label": "global", "path": "$fixtures/strategy_b", "dispatch": "global_dispatch"}]}
+      {"label": "persistent", "path": "$fixtures/strategies", "dispatch": "persistent_dispatch"},
+      {"label": "global", "path": "$fixtures/strategies", "dispatch": "global_dispatch"}]}
   ]
 }
 STUDY

@@ -4,12 +4,9 @@ function [init_error, custom_variables] = study_start(simulation_parameters)
 init_error.severity_code = 'DISPATCH_NO_ERROR';
 init_error.error_description = '';
 here = fileparts(mfilename('fullpath'));
-if ~strcmp(pwd, here)
+if ~strcmp(pwd, here) || ~isequal(evalin('base', 'who'), {'simulation_parameters'}) || ~isempty(who('global'))
   init_error.severity_code = 'DISPATCH_CRITICAL_ERROR';
-  init_error.error_description = ['started in ' pwd ' instead of ' here];
-elseif ~isequal(evalin('base', 'who'), {'simulation_parameters'}) || ~isempty(who('global'))
-  init_error.severity_code = 'DISPATCH_CRITICAL_ERROR';
-  init_error.error_description = 'the workspace was not empty';
+  init_error.error_description = ['not a fresh engine in ' here ': started in ' pwd];
 end
 custom_variables.steps = 0;
 end
