@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "dispatch_extension_interface.h"
 #include "extension_loader.h"
 
 namespace tamlo_strategies {
@@ -13,16 +12,15 @@ namespace tamlo_strategies {
 using tamlo_test_support::create_extension;
 using tamlo_test_support::ExtensionPtr;
 
-inline tamlo_dispatch::ExtensionParameter text_parameter(std::string name, std::string value) {
-    return {std::move(name), tamlo_dispatch::ExtensionParameterType::text, 0.0, false, std::move(value), {}};
-}
-
-// The MATLAB folder, the three function names, and where the field dump fixture writes.
+// The MATLAB folder, the three function names, and the file the field dump fixture writes.
 inline std::vector<tamlo_dispatch::ExtensionParameter> settings(const std::string& folder, const std::string& prefix,
                                                                const std::string& dump_file = "/dev/null") {
-    return {text_parameter("path", folder), text_parameter("start simulation", prefix + "_start"),
-            text_parameter("dispatch", prefix + "_dispatch"), text_parameter("end simulation", prefix + "_end"),
-            text_parameter("field dump file", dump_file)};
+    const auto text = [](const char* name, std::string value) {
+        return tamlo_dispatch::ExtensionParameter{name, tamlo_dispatch::ExtensionParameterType::text, 0.0, false,
+                                                  std::move(value), {}};
+    };
+    return {text("path", folder), text("start simulation", prefix + "_start"), text("dispatch", prefix + "_dispatch"),
+            text("end simulation", prefix + "_end"), text("field dump file", dump_file)};
 }
 
 }  // namespace tamlo_strategies
