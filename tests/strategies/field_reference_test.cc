@@ -21,8 +21,8 @@ namespace {
 
 using namespace tamlo_dispatch;
 
-// One field: in the dump a class and a size such as "3x1"; in the reference the classes and
-// sizes it may have, such as "double or logical" and "N×1".
+// In the dump a class and a size ("3x1"); in the reference the classes and sizes a field may
+// have ("double or logical", "N×1").
 struct Field {
     std::string path;
     std::string matlab_class;
@@ -83,9 +83,8 @@ TEST(FieldReference, ListsEveryFieldMatlabReceivesInOrderWithItsClassAndSize) {
     tamlo_numbered::Numbering numbering;
     SimulationParameters parameters = tamlo_numbered::numbered_system(numbering);
     SimulationState state = tamlo_numbered::numbered_state(numbering);
-    for (const ExtensionParameter& setting : settings(TAMLO_FIXTURE_DIR, "field_dump", dump_file.string())) {
-        parameters.extension_parameters.push_back(setting);
-    }
+    const auto dump_settings = settings(TAMLO_FIXTURE_DIR, "field_dump", dump_file.string());
+    parameters.extension_parameters.insert(parameters.extension_parameters.end(), dump_settings.begin(), dump_settings.end());
     ExtensionPtr extension = create_extension();
     const auto started = extension->start_simulation(parameters);
     ASSERT_EQ(started->severity, DISPATCH_NO_ERROR) << started->message;
