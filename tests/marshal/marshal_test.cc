@@ -146,10 +146,13 @@ TEST(NumberedStructs, EveryMemberLandsInExactlyOneField) {
         for (const std::string& t : n.texts) expected.push_back("'" + t + "'");
         for (int k = 1; k <= n.flags; ++k) expected.push_back("flag " + std::to_string(k));
         for (const std::string& value : expected) {
-            EXPECT_EQ(leaves.values[value].size(), 1u) << value << " at " << testing::PrintToString(leaves.values[value]);
+            const std::vector<std::string>& paths = leaves.values[value];
+            EXPECT_EQ(paths.size(), 1u) << value << " at " << testing::PrintToString(paths);
             leaves.values.erase(value);
         }
-        for (const auto& [value, paths] : leaves.values) ADD_FAILURE() << value << " was never handed out; at " << paths[0];
+        for (const auto& [value, paths] : leaves.values) {
+            ADD_FAILURE() << value << " was never handed out; at " << paths[0];
+        }
     }
 }
 
@@ -282,7 +285,9 @@ const EdgeRow state_edge_rows[] = {
 TEST(MarshalTables, EdgeCasesShowAsTheirRowsSay) {
     const SimulationParameters p = edge_system();
     const MxPtr parameters = parameters_struct(p);
-    for (const EdgeRow& row : parameter_edge_rows) EXPECT_EQ(shows(at(parameters.get(), row.path)), row.shows) << row.path;
+    for (const EdgeRow& row : parameter_edge_rows) {
+        EXPECT_EQ(shows(at(parameters.get(), row.path)), row.shows) << row.path;
+    }
     const MxPtr state(make_single_struct());
     fill_simulation_state_struct(state.get(), edge_state());
     for (const EdgeRow& row : state_edge_rows) EXPECT_EQ(shows(at(state.get(), row.path)), row.shows) << row.path;

@@ -84,7 +84,8 @@ TEST(FieldReference, ListsEveryFieldMatlabReceivesInOrderWithItsClassAndSize) {
     SimulationParameters parameters = tamlo_numbered::numbered_system(numbering);
     SimulationState state = tamlo_numbered::numbered_state(numbering);
     const auto dump_settings = settings(TAMLO_FIXTURE_DIR, "field_dump", dump_file.string());
-    parameters.extension_parameters.insert(parameters.extension_parameters.end(), dump_settings.begin(), dump_settings.end());
+    std::vector<ExtensionParameter>& extension_parameters = parameters.extension_parameters;
+    extension_parameters.insert(extension_parameters.end(), dump_settings.begin(), dump_settings.end());
     ExtensionPtr extension = create_extension();
     const auto started = extension->start_simulation(parameters);
     ASSERT_EQ(started->severity, DISPATCH_NO_ERROR) << started->message;

@@ -31,16 +31,19 @@ public:
         p.number_of_timesteps = 8760;
         p.operating_reserve.timestep_requirement = 10;
         for (int i = count(0, 3); i > 0; --i) {
-            GeneratorParameters& g = p.generator_list.emplace_back(GeneratorParameters{head("generator", !chance(0.2))});
+            GeneratorParameters& g = p.generator_list.emplace_back();
+            g.component = head("generator", !chance(0.2));
             g.rated_capacity = uniform(20, 200);
             g.minimum_load = chance(0.7) ? uniform(0, 0.4) * g.rated_capacity : 0.0;
         }
-        for (int i = count(0, 2); i > 0; --i) p.pv_list.push_back({head("pv", chance(0.4)), uniform(10, 150)});
+        for (int i = count(0, 2); i > 0; --i) p.pv_list.push_back({head("pv", chance(0.4)), uniform(10, 150), 0.0, {}});
         for (int i = count(0, 2); i > 0; --i) {
-            p.wind_turbine_list.push_back({head("wind", chance(0.6)), static_cast<std::uint64_t>(count(1, 3)), uniform(5, 50)});
+            p.wind_turbine_list.push_back(
+                {head("wind", chance(0.6)), static_cast<std::uint64_t>(count(1, 3)), uniform(5, 50), {}});
         }
         for (int i = count(0, 2); i > 0; --i) {
-            BatteryParameters& battery = p.battery_list.emplace_back(BatteryParameters{head("battery", chance(0.4))});
+            BatteryParameters& battery = p.battery_list.emplace_back();
+            battery.component = head("battery", chance(0.4));
             battery.has_dedicated_converter = chance(0.5);
             DedicatedConverterParameters& converter = battery.dedicated_converter;
             converter.rectifier_efficiency = uniform(85, 98);
@@ -99,8 +102,9 @@ public:
             state.max_charge_power = state.state_of_charge_percent > 98 ? 0.0 : uniform(0, 60);
             state.max_discharge_power = state.state_of_charge_percent < 2 ? 0.0 : uniform(0, 60);
             if (battery.has_dedicated_converter) {
-                state.max_charge_power = std::min(state.max_charge_power, battery.dedicated_converter.rectifier_capacity);
-                state.max_discharge_power = std::min(state.max_discharge_power, battery.dedicated_converter.inverter_capacity);
+                const DedicatedConverterParameters& converter = battery.dedicated_converter;
+                state.max_charge_power = std::min(state.max_charge_power, converter.rectifier_capacity);
+                state.max_discharge_power = std::min(state.max_discharge_power, converter.inverter_capacity);
             }
         }
         s.converter_list.resize(p.converter_list.size());
@@ -149,7 +153,8 @@ private:
 };
 
 void expect_books_balance(const BusState& bus, const char* name, std::uint32_t system, std::uint32_t step) {
-    const std::string where = std::string(name) + " of system " + std::to_string(system) + ", step " + std::to_string(step);
+    const std::string where = std::string(name) + " of system " + std::to_string(system) + ", step " +
+                              std::to_string(step);
     EXPECT_NEAR(bus.load_served + bus.unmet_load, bus.load_requested, 1e-9 * (1.0 + bus.load_requested)) << where;
     EXPECT_GE(bus.load_served, 0.0) << where;
     EXPECT_LE(bus.load_served, bus.load_requested + 1e-9) << where;
