@@ -2,11 +2,9 @@
 #ifndef TAMLO_TESTS_STRATEGIES_LOADED_EXTENSION_H
 #define TAMLO_TESTS_STRATEGIES_LOADED_EXTENSION_H
 
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "dispatch_extension_interface.h"
 #include "extension_loader.h"
 
 namespace tamlo_strategies {
@@ -14,11 +12,16 @@ namespace tamlo_strategies {
 using tamlo_test_support::create_extension;
 using tamlo_test_support::ExtensionPtr;
 
-// A text extension parameter.
-tamlo_dispatch::ExtensionParameter text_parameter(std::string name, std::string value);
-
-// The four settings the extension reads: MATLAB folder and the three function names.
-std::vector<tamlo_dispatch::ExtensionParameter> settings(const std::string& folder, const std::string& prefix);
+// The MATLAB folder, the three function names, and the file the field dump fixture writes.
+inline std::vector<tamlo_dispatch::ExtensionParameter> settings(const std::string& folder, const std::string& prefix,
+                                                               const std::string& dump_file = "/dev/null") {
+    const auto text = [](const char* name, std::string value) {
+        return tamlo_dispatch::ExtensionParameter{name, tamlo_dispatch::ExtensionParameterType::text, 0.0, false,
+                                                  std::move(value), {}};
+    };
+    return {text("path", folder), text("start simulation", prefix + "_start"), text("dispatch", prefix + "_dispatch"),
+            text("end simulation", prefix + "_end"), text("field dump file", dump_file)};
+}
 
 }  // namespace tamlo_strategies
 

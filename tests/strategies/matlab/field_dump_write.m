@@ -1,8 +1,8 @@
-function field_dump_write(file_name, name, value)
+function field_dump_write(file_name, mode, name, value)
 % Writes one line per field of value, recursively: path, class and size (rows x
 % columns), tab-separated. Struct arrays add no index to the path; every element
 % is visited, so a field that some elements lack in a nested struct still shows.
-fid = fopen(file_name, 'w');
+fid = fopen(file_name, mode);
 write_value(fid, name, value);
 fclose(fid);
 end

@@ -12,11 +12,6 @@ switch kind
     e.is_AC = is_AC;
     t.power_available = get(o, 'available', 0); t.power_setpoint = 0;
     [p.pvs, s.pvs] = append(p.pvs, e, s.pvs, t);
-  case 'wind'
-    e.is_AC = is_AC;
-    t.power_setpoint = 0; t.power_available = get(o, 'available', 0);
-    t.current_state = 'DISPATCH_DECIDES';
-    [p.wind_turbines, s.wind_turbines] = append(p.wind_turbines, e, s.wind_turbines, t);
   case 'battery'
     e.is_AC = is_AC; e.has_dedicated_converter = get(o, 'dedicated', false);
     e.dedicated_converter = struct('rectifier_capacity', 1000, 'inverter_capacity', 1000, ...
@@ -48,10 +43,6 @@ switch kind
     e.is_AC = is_AC; e.charge_discharge_capacity = get(o, 'capacity', 10); e.parasitic_load = get(o, 'parasitic', 1);
     t.flywheel_state = true; t.load_served = 0;
     [p.flywheels, s.flywheels] = append(p.flywheels, e, s.flywheels, t);
-  case 'custom'
-    e.is_AC = is_AC; e.capacity = get(o, 'available', 0);
-    t.power_setpoint = get(o, 'setpoint', 0); t.power_available = get(o, 'available', 0);
-    [p.custom_components, s.custom_components] = append(p.custom_components, e, s.custom_components, t);
   case 'load'
     e.is_AC = is_AC; e.peak_load = get(o, 'requested', 0);
     t.load_requested = get(o, 'requested', 0); t.load_served = 0;

@@ -1,0 +1,327 @@
+// The marshal tables: which record member lands in which field of the structs MATLAB receives,
+// how codes, counts, empty lists and odd grid models are shown, and who owns the arrays. Field
+// names, order, classes and sizes are the field reference's (tests/strategies).
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "numbered_system.h"
+#include "simulation_parameters_struct.h"
+#include "simulation_state_struct.h"
+#include "struct_primitives.h"
+
+namespace tamlo_marshal {
+namespace {
+
+using namespace tamlo_dispatch;
+using tamlo_numbered::Numbering;
+
+struct MxDeleter {
+    void operator()(mxArray* a) const { mxDestroyArray(a); }
+};
+using MxPtr = std::unique_ptr<mxArray, MxDeleter>;
+
+MxPtr parameters_struct(const SimulationParameters& p) {
+    MxPtr s(make_single_struct());
+    fill_simulation_parameters_struct(s.get(), p);
+    return s;
+}
+
+std::string text_of(const mxArray* a) {
+    char* chars = a == nullptr ? nullptr : mxArrayToString(a);
+    if (chars == nullptr) return "<no text>";
+    std::string text(chars);
+    mxFree(chars);
+    return text;
+}
+
+// The array at a path such as "grids(2).technical_model.model_type" below s (an element
+// without "(k)" is the first), or null.
+const mxArray* at(const mxArray* s, const std::string& path) {
+    static const std::regex segment(R"(([a-z_]+)(?:\(([0-9]+)\))?)");
+    std::size_t element = 0;
+    for (std::sregex_iterator it(path.begin(), path.end(), segment), end; s != nullptr && it != end; ++it) {
+        s = element < mxGetNumberOfElements(s) ? mxGetField(s, element, (*it)[1].str().c_str()) : nullptr;
+        element = (*it)[2].matched ? std::stoul((*it)[2]) - 1 : 0;
+    }
+    return s;
+}
+
+// Every value below a struct: numbers and texts with the paths they occur at, flags in the
+// order met.
+struct Leaves {
+    std::map<std::string, std::vector<std::string>> values;
+    std::vector<std::pair<std::string, bool>> flags;
+};
+
+std::string number_key(double v) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.17g", v);
+    return text;
+}
+
+void collect(const mxArray* a, const std::string& path, Leaves& leaves) {
+    const std::size_t count = mxGetNumberOfElements(a);
+    if (mxIsStruct(a)) {
+        for (std::size_t e = 0; e < count; ++e) {
+            for (int f = 0; f < mxGetNumberOfFields(a); ++f) {
+                const std::string field = path + "(" + std::to_string(e + 1) + ")." + mxGetFieldNameByNumber(a, f);
+                if (const mxArray* value = mxGetFieldByNumber(a, e, f)) collect(value, field, leaves);
+            }
+        }
+    } else if (mxIsChar(a)) {
+        leaves.values["'" + text_of(a) + "'"].push_back(path);
+    } else if (mxIsLogical(a)) {
+        for (std::size_t e = 0; e < count; ++e) leaves.flags.emplace_back(path, mxGetLogicals(a)[e]);
+    } else {
+        ASSERT_TRUE(mxIsDouble(a)) << path;
+        for (std::size_t e = 0; e < count; ++e) leaves.values[number_key(mxGetPr(a)[e])].push_back(path);
+    }
+}
+
+Leaves leaves_of(const mxArray* s) {
+    Leaves leaves;
+    collect(s, "s", leaves);
+    return leaves;
+}
+
+// Fills s from the numbered records, or from empty ones without a numbering.
+void fill_parameters(mxArray* s, Numbering* n) {
+    fill_simulation_parameters_struct(s, n ? tamlo_numbered::numbered_system(*n) : SimulationParameters{});
+}
+void fill_state(mxArray* s, Numbering* n) {
+    fill_simulation_state_struct(s, n ? tamlo_numbered::numbered_state(*n) : SimulationState{});
+}
+
+struct NumberedCase {
+    const char* name;
+    void (*fill)(mxArray*, Numbering*);
+    std::vector<std::string> derived_texts;  // texts made from codes, not handed out
+};
+
+const NumberedCase numbered_cases[] = {
+    {"simulation_parameters", fill_parameters, {"'RealTime'", "'Scheduled'", "'ComplexUtility'"}},
+    {"simulation_state", fill_state, {"'FORCED_OFF_OUT_OF_FUEL'", "'FORCED_OFF_FOR_MAINTENANCE_EVENT'"}},
+};
+
+// The extension fills one kept struct again and again: this fills it three times, full, empty
+// and from n. Each fill releases the arrays it replaces, which the sanitizer build checks.
+Leaves numbered_leaves(const NumberedCase& c, Numbering& n) {
+    const MxPtr kept(make_single_struct());
+    Numbering first;
+    c.fill(kept.get(), &first);
+    c.fill(kept.get(), nullptr);
+    c.fill(kept.get(), &n);
+    return leaves_of(kept.get());
+}
+
+TEST(NumberedStructs, EveryMemberLandsInExactlyOneField) {
+    // A member read into the wrong field shows as one value twice and another not at all. Over
+    // eight passes flag k spells k in bits; flags made from counts or codes stay the same in
+    // every pass (0 or 255) and have edge rows of their own.
+    constexpr int passes = 8;
+    for (const NumberedCase& c : numbered_cases) {
+        SCOPED_TRACE(c.name);
+        Numbering n;
+        Leaves leaves = numbered_leaves(c, n);
+        ASSERT_LT(n.flags, 1 << (passes - 1)) << "a flag's complement would spell another's number";
+        std::vector<int> codes(leaves.flags.size());
+        for (int pass = 0; pass < passes; ++pass) {
+            Numbering flag_pass(pass);
+            const Leaves again = numbered_leaves(c, flag_pass);
+            for (std::size_t i = 0; i < codes.size(); ++i) codes[i] |= again.flags[i].second << pass;
+        }
+        for (std::size_t i = 0; i < codes.size(); ++i) {
+            if (codes[i] == 0 || codes[i] == (1 << passes) - 1) continue;
+            leaves.values["flag " + std::to_string(codes[i])].push_back(leaves.flags[i].first);
+        }
+        std::vector<std::string> expected = c.derived_texts;
+        for (double v : n.numbers) expected.push_back(number_key(v));
+        for (const std::string& t : n.texts) expected.push_back("'" + t + "'");
+        for (int k = 1; k <= n.flags; ++k) expected.push_back("flag " + std::to_string(k));
+        for (const std::string& value : expected) {
+            const std::vector<std::string>& paths = leaves.values[value];
+            EXPECT_EQ(paths.size(), 1u) << value << " at " << testing::PrintToString(paths);
+            leaves.values.erase(value);
+        }
+        for (const auto& [value, paths] : leaves.values) {
+            ADD_FAILURE() << value << " was never handed out; at " << paths[0];
+        }
+    }
+}
+
+// How a field shows in MATLAB: "class MxN", then the value of a scalar; a text as 'text'; a
+// struct with its number of fields; "none" where the element holds no array.
+std::string shows(const mxArray* a) {
+    if (a == nullptr) return "none";
+    if (mxIsChar(a)) return "'" + text_of(a) + "'";
+    const std::string shape =
+        std::string(mxGetClassName(a)) + " " + std::to_string(mxGetM(a)) + "x" + std::to_string(mxGetN(a));
+    if (mxIsStruct(a)) return shape + ", " + std::to_string(mxGetNumberOfFields(a)) + " fields";
+    if (mxGetNumberOfElements(a) != 1) return shape;
+    if (mxIsLogical(a)) return shape + (mxIsLogicalScalarTrue(a) ? " true" : " false");
+    return shape + " " + number_key(mxGetScalar(a));
+}
+
+// A model of a kind the builder does not know, or one that claims a kind it is not.
+class OtherModel : public IGridModel {
+public:
+    explicit OtherModel(std::int32_t type) : type_(type) {}
+    GridModelType get_model_type() const override { return static_cast<GridModelType>(type_); }
+
+private:
+    std::int32_t type_;
+};
+
+class TunedRealTime : public RealTime {};
+
+// Empty lists and texts, counts at the ends of their range, every kind of extension parameter
+// (7 and -1: kinds the simulator may add later) and grid models the builder cannot read.
+SimulationParameters edge_system() {
+    SimulationParameters p;
+    for (std::int32_t type : {0, 1, 2, 3, 7, -1}) {
+        p.extension_parameters.push_back(
+            {"item", static_cast<ExtensionParameterType>(type), 2.5, true, "text", {1.0, 2.0, 3.0}});
+    }
+    p.generator_list.resize(1);
+    p.generator_list[0].component.component_number = UINT64_MAX;
+    p.pv_list.resize(1);
+    p.battery_list.resize(1);
+    p.flywheel_list = {{{}, 0.0, 0.0, 0.0, -1}};
+    p.wind_turbine_list.resize(1);
+    auto utility = std::make_shared<ComplexUtility>();
+    utility->consumption_rates.resize(1);
+    p.grid_list = {{utility}, {std::make_shared<OtherModel>(7)}, {std::make_shared<OtherModel>(-4)},
+                   {std::make_shared<OtherModel>(1)}, {std::make_shared<OtherModel>(0)}, {nullptr},
+                   {std::make_shared<TunedRealTime>()}};
+    p.number_of_timesteps = UINT64_MAX;
+    return p;
+}
+
+// Every current state code and one out of range on each side, flywheel codes, the last step.
+SimulationState edge_state() {
+    SimulationState s;
+    for (std::int32_t code = -4; code <= 3; ++code) {
+        s.generator_list.push_back({0.0, 0.0, static_cast<GeneratorCurrentState>(code)});
+        s.wind_turbine_list.push_back({0.0, 0.0, static_cast<GeneratorCurrentState>(code)});
+    }
+    s.flywheel_list = {{0, 0.0}, {1, 0.0}, {7, 0.0}, {UINT32_MAX, 0.0}};
+    s.current_timestep = UINT32_MAX;
+    return s;
+}
+
+struct EdgeRow {
+    const char* path;
+    const char* shows;
+};
+
+const EdgeRow parameter_edge_rows[] = {
+    {"primary_loads", "struct 0x1, 0 fields"},
+    {"converters", "struct 0x1, 0 fields"},
+    {"custom_components", "struct 0x1, 0 fields"},
+    {"generators.name", "''"},
+    {"generators.component_number", "double 1x1 1.8446744073709552e+19"},
+    {"number_of_timesteps", "double 1x1 1.8446744073709552e+19"},
+    {"flywheels.quantity", "double 1x1 -1"},
+    {"pvs.solar_forecast", "double 0x1"},
+    {"wind_turbines.power_curve", "double 0x2"},
+    {"batteries.dedicated_converter.inverter_efficiency_table", "double 0x2"},
+    {"batteries.dedicated_converter.rectifier_efficiency_table", "double 0x2"},
+    {"grids(1).technical_model.fixed_rates", "struct 0x1, 0 fields"},
+    {"grids(1).technical_model.consumption_rates.rate_bands", "struct 0x1, 0 fields"},
+    {"grids(1).technical_model.consumption_rates.tou_periods", "struct 0x1, 0 fields"},
+    {"grids(1).technical_model.demand_price", "double 0x1"},
+    {"grids(2).technical_model", "struct 1x1, 1 fields"},
+    {"grids(2).technical_model.model_type", "'unknown 7'"},
+    {"grids(3).technical_model.model_type", "'unknown -4'"},
+    {"grids(4).technical_model", "struct 1x1, 1 fields"},
+    {"grids(4).technical_model.model_type", "'unknown 1'"},
+    {"grids(5).technical_model.model_type", "'unknown 0'"},
+    {"grids(6).technical_model", "struct 1x1, 1 fields"},
+    {"grids(6).technical_model.model_type", "'none'"},
+    {"grids(7).technical_model", "struct 1x1, 5 fields"},
+    {"grids(7).technical_model.model_type", "'RealTime'"},
+    {"extension_parameters(1).value", "double 1x1 2.5"},
+    {"extension_parameters(2).value", "'text'"},
+    {"extension_parameters(3).value", "double 3x1"},
+    {"extension_parameters(4).value", "logical 1x1 true"},
+    {"extension_parameters(5).value", "'text'"},
+    {"extension_parameters(6).value", "'text'"},
+};
+
+const EdgeRow state_edge_rows[] = {
+    {"pvs", "struct 0x1, 0 fields"},
+    {"grids", "struct 0x1, 0 fields"},
+    {"primary_loads", "struct 0x1, 0 fields"},
+    {"generators(1).current_state", "none"},
+    {"generators(2).current_state", "'FORCED_OFF_OUT_OF_FUEL'"},
+    {"generators(3).current_state", "'FORCED_OFF_FOR_MAINTENANCE_EVENT'"},
+    {"generators(4).current_state", "'FORCED_OFF_FOR_SCHEDULE'"},
+    {"generators(5).current_state", "'DISPATCH_DECIDES'"},
+    {"generators(6).current_state", "'FORCED_ON_FOR_SCHEDULE'"},
+    {"generators(7).current_state", "'FORCED_ON_FOR_MINIMUM_RUNTIME'"},
+    {"generators(8).current_state", "none"},
+    {"wind_turbines(1).current_state", "none"},
+    {"wind_turbines(2).current_state", "none"},
+    {"wind_turbines(3).current_state", "'FORCED_OFF_FOR_MAINTENANCE_EVENT'"},
+    {"wind_turbines(4).current_state", "'FORCED_OFF_FOR_SCHEDULE'"},
+    {"wind_turbines(5).current_state", "'DISPATCH_DECIDES'"},
+    {"wind_turbines(6).current_state", "'FORCED_ON_FOR_SCHEDULE'"},
+    {"wind_turbines(7).current_state", "none"},
+    {"wind_turbines(8).current_state", "none"},
+    {"flywheels(1).flywheel_state", "logical 1x1 true"},
+    {"flywheels(2).flywheel_state", "logical 1x1 false"},
+    {"flywheels(3).flywheel_state", "logical 1x1 false"},
+    {"flywheels(4).flywheel_state", "logical 1x1 false"},
+    {"current_timestep", "double 1x1 4294967295"},
+};
+
+TEST(MarshalTables, EdgeCasesShowAsTheirRowsSay) {
+    const SimulationParameters p = edge_system();
+    const MxPtr parameters = parameters_struct(p);
+    for (const EdgeRow& row : parameter_edge_rows) {
+        EXPECT_EQ(shows(at(parameters.get(), row.path)), row.shows) << row.path;
+    }
+    const MxPtr state(make_single_struct());
+    fill_simulation_state_struct(state.get(), edge_state());
+    for (const EdgeRow& row : state_edge_rows) EXPECT_EQ(shows(at(state.get(), row.path)), row.shows) << row.path;
+    for (const GridParameters& grid : p.grid_list) {
+        EXPECT_LE(grid.technical_model.use_count(), 1) << "the struct keeps a grid model";
+    }
+}
+
+struct HasFlagRow {
+    const char* flag;
+    void (*add)(SimulationParameters&);
+};
+
+const HasFlagRow has_flag_rows[] = {
+    {"has_generator", [](SimulationParameters& p) { p.generator_list.resize(1); }},
+    {"has_battery", [](SimulationParameters& p) { p.battery_list.resize(1); }},
+    {"has_pv", [](SimulationParameters& p) { p.pv_list.resize(1); }},
+    {"has_converter", [](SimulationParameters& p) { p.converter_list.resize(1); }},
+    {"has_flywheel", [](SimulationParameters& p) { p.flywheel_list.resize(1); }},
+    {"has_wind_turbine", [](SimulationParameters& p) { p.wind_turbine_list.resize(1); }},
+};
+
+TEST(SimulationParametersStruct, EachHasFlagIsTrueExactlyWhenItsListHasEntries) {
+    for (const HasFlagRow& row : has_flag_rows) {
+        SimulationParameters p;
+        row.add(p);
+        const MxPtr s = parameters_struct(p);
+        for (const HasFlagRow& flag : has_flag_rows) {
+            const mxArray* value = at(s.get(), flag.flag);
+            ASSERT_TRUE(value != nullptr && mxIsLogical(value)) << flag.flag;
+            EXPECT_EQ(mxIsLogicalScalarTrue(value), &flag == &row) << row.flag << " added, " << flag.flag;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tamlo_marshal

@@ -1,5 +1,0 @@
-function end_sim_out = return_input_end(simulation_parameters, custom_variables)
-% Fixture: reports nothing.
-end_sim_out.simulation_errors = {};
-end_sim_out.simulation_warnings = {};
-end
