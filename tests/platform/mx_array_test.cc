@@ -23,18 +23,16 @@ TEST(MxCreation, EachCreatorMakesItsClassAndShapeWithZeroedData) {
     } rows[] = {
         {"double matrix", mxCreateDoubleMatrix(3, 2, mxREAL), "double 3x2 [0 0 0 0 0 0]", 2},
         {"double scalar", mxCreateDoubleScalar(4.5), "double 1x1 [4.5]", 1},
-        {"logical scalar", mxCreateLogicalScalar(true), "logical 1x1 [1]", 1},
         {"logical matrix", mxCreateLogicalMatrix(1, 3), "logical 1x3 [0 0 0]", 3},
         {"string", mxCreateString("abc"), "char 1x3 'abc'", 3},
         {"empty string", mxCreateString(""), "char 0x0 ''", 0},
         {"struct matrix", mxCreateStructMatrix(0, 1, 0, nullptr), "struct 0x1 {}", 1},
         {"cell matrix", mxCreateCellMatrix(1, 2), "cell 1x2 null null", 2},
-        {"uint64", mxCreateNumericMatrix(1, 2, mxUINT64_CLASS, mxREAL), "uint64 1x2 [0 0]", 2},
         {"single N-D", mxCreateNumericArray(3, dims3, mxSINGLE_CLASS, mxREAL), "single 2x1x2 [0 0 0 0]", 2},
         {"trailing ones dropped", mxCreateNumericArray(4, dims_trailing, mxINT32_CLASS, mxREAL),
          "int32 2x3 [0 0 0 0 0 0]", 3},
-        {"char N-D", mxCreateCharArray(3, dims3), "char 2x1x2 ''", 2},
         {"cell N-D", mxCreateCellArray(3, dims3), "cell 2x1x2 null null null null", 2},
+        {"eight-bit text", mxCreateString("caf\xc3\xa9 \x7f\x80\xff"), "char 1x9 'caf\xc3\xa9 \x7f\x80\xff'", 9},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
@@ -102,20 +100,6 @@ TEST(MxStruct, GetFieldIsNullWhereMatlabGivesNull) {
     EXPECT_EQ(mxGetCell(d.get(), 0), nullptr);
 }
 
-TEST(MxStruct, SetAndRemoveFieldLeaveTheOldValueToItsOwner) {
-    ArrayOwner s(mxCreateStructMatrix(2, 1, 0, nullptr));
-    for (const char* f : {"a", "b", "c"}) mxAddField(s.get(), f);
-    ArrayOwner first(mxCreateDoubleScalar(1)), b(mxCreateDoubleScalar(2));
-    mxSetField(s.get(), 0, "a", first.get());
-    mxSetField(s.get(), 0, "a", mxCreateDoubleScalar(5));
-    mxSetField(s.get(), 1, "b", b.get());
-    mxSetField(s.get(), 1, "c", mxCreateDoubleScalar(3));
-    mxRemoveField(s.get(), 1);
-    // The replaced and the removed values are still ours: ASan fails the run if they were freed.
-    EXPECT_EQ(describe(first.get()) + " " + describe(b.get()), "double 1x1 [1] double 1x1 [2]");
-    EXPECT_EQ(describe(s.get()), "struct 2x1 {a,c} (double 1x1 [5]) null null (double 1x1 [3])");
-}
-
 TEST(MxString, GetStringCopiesCutsAndTerminates) {
     ArrayOwner abc(mxCreateString("abcdef"));
     ArrayOwner empty(mxCreateString(""));
@@ -129,7 +113,6 @@ TEST(MxString, GetStringCopiesCutsAndTerminates) {
     } rows[] = {
         {"fits", abc.get(), 7, 0, "abcdef"},
         {"cut to buflen-1", abc.get(), 4, 1, "abc"},
-        {"one byte holds only the terminator", abc.get(), 1, 1, ""},
         {"no room at all touches nothing", abc.get(), 0, 1, ""},
         {"empty text", empty.get(), 10, 0, ""},
         {"not char", number.get(), 10, 1, ""},
@@ -148,14 +131,6 @@ TEST(MxString, GetStringCopiesCutsAndTerminates) {
     }
 }
 
-TEST(MxString, KeepsEveryByteOfEightBitText) {
-    const char text[] = "caf\xc3\xa9 \x7f\x80\xff";
-    ArrayOwner s(mxCreateString(text));
-    EXPECT_EQ(describe(s.get()), std::string("char 1x9 '") + text + "'");
-    ArrayOwner d(mxCreateDoubleScalar(1));
-    EXPECT_EQ(mxArrayToString(d.get()), nullptr);
-}
-
 template <typename T>
 mxArray* numeric_pair(mxClassID c, T first) {
     mxArray* a = mxCreateNumericMatrix(1, 2, c, mxREAL);
@@ -172,18 +147,12 @@ TEST(MxScalar, GetScalarConvertsTheFirstElementOfEachClass) {
         {"double", mxCreateDoubleScalar(-2.5), -2.5},
         {"single", numeric_pair<float>(mxSINGLE_CLASS, 1.5f), 1.5},
         {"int8", numeric_pair<int8_t>(mxINT8_CLASS, -128), -128},
-        {"uint8", numeric_pair<uint8_t>(mxUINT8_CLASS, 255), 255},
-        {"int16", numeric_pair<int16_t>(mxINT16_CLASS, -300), -300},
-        {"uint16", numeric_pair<uint16_t>(mxUINT16_CLASS, 60000), 60000},
-        {"int32", numeric_pair<int32_t>(mxINT32_CLASS, -70000), -70000},
         {"uint32", numeric_pair<uint32_t>(mxUINT32_CLASS, 4000000000u), 4000000000.0},
-        {"int64", numeric_pair<int64_t>(mxINT64_CLASS, -5), -5},
         {"uint64", numeric_pair<uint64_t>(mxUINT64_CLASS, UINT64_MAX), 18446744073709551615.0},
         {"logical true", mxCreateLogicalScalar(true), 1},
         {"char", mxCreateString("A"), 65},
         {"empty double", mxCreateDoubleMatrix(0, 1, mxREAL), 0},
         {"struct", mxCreateStructMatrix(1, 1, 0, nullptr), 0},
-        {"cell", mxCreateCellMatrix(1, 1), 0},
         {"no array", nullptr, 0},
     };
     for (const Row& row : rows) {
@@ -206,7 +175,6 @@ TEST(MxLogical, IsLogicalScalarTrueOnlyForOneByOneTrueLogical) {
         {"logical false", mxCreateLogicalScalar(false), false},
         {"double 1", mxCreateDoubleScalar(1), false},
         {"1 x 2 logical true", two_true, false},
-        {"empty logical", mxCreateLogicalMatrix(0, 0), false},
         {"no array", nullptr, false},
     };
     for (const Row& row : rows) {
@@ -216,39 +184,39 @@ TEST(MxLogical, IsLogicalScalarTrueOnlyForOneByOneTrueLogical) {
     }
 }
 
-TEST(MxAccess, PredicatesAndClassNames) {
+TEST(MxAccess, PredicatesAndDataOfTheirClassOnly) {
     ArrayOwner d(mxCreateDoubleScalar(3));
     ArrayOwner s(mxCreateStructMatrix(1, 1, 0, nullptr));
-    ArrayOwner single(mxCreateNumericMatrix(1, 1, mxSINGLE_CLASS, mxREAL));
     EXPECT_TRUE(mxIsDouble(d.get()) && mxIsNumeric(d.get()) && !mxIsStruct(d.get()) && !mxIsEmpty(d.get()));
-    EXPECT_TRUE(mxIsStruct(s.get()) && !mxIsNumeric(s.get()));
-    ArrayOwner empty(mxCreateDoubleMatrix(0, 0, mxREAL));
-    EXPECT_TRUE(mxIsEmpty(empty.get()));
-    EXPECT_EQ(*mxGetPr(d.get()), 3.0);
-    EXPECT_EQ(mxGetPr(single.get()), nullptr);
-    EXPECT_EQ(mxGetElementSize(d.get()), 8u);
+    EXPECT_TRUE(mxIsStruct(s.get()) && !mxIsNumeric(s.get()) && !mxIsEmpty(s.get()));
+    EXPECT_EQ(mxGetPr(s.get()), nullptr);
+    EXPECT_EQ(mxArrayToString(d.get()), nullptr);
 }
 
-TEST(MxCopy, DuplicateIsDeepAndFieldChangesStayWithTheirArray) {
+TEST(MxStruct, CopiesAreDeepAndSetOrRemoveLeaveOldValuesToTheirOwner) {
     ArrayOwner s(mxCreateStructMatrix(2, 1, 0, nullptr));
     mxAddField(s.get(), "x");
     mxAddField(s.get(), "c");
-    mxSetField(s.get(), 0, "x", mxCreateNumericMatrix(1, 2, mxINT16_CLASS, mxREAL));
-    static_cast<int16_t*>(mxGetData(mxGetField(s.get(), 0, "x")))[1] = -7;
-    mxArray* cell = mxCreateCellMatrix(1, 2);
-    mxSetCell(cell, 0, mxCreateString("in cell"));
-    mxSetField(s.get(), 1, "c", cell);
+    ArrayOwner x(mxCreateNumericMatrix(1, 2, mxINT16_CLASS, mxREAL));
+    static_cast<int16_t*>(mxGetData(x.get()))[1] = -7;
+    mxSetField(s.get(), 0, "x", x.get());
+    ArrayOwner cell(mxCreateCellMatrix(1, 2));
+    mxSetCell(cell.get(), 0, mxCreateString("in cell"));
+    mxSetField(s.get(), 1, "c", cell.get());
     ArrayOwner copy(mxDuplicateArray(s.get()));
     ArrayOwner second(mxDuplicateArray(copy.get()));
     const std::string before = describe(s.get());
     EXPECT_EQ(before, "struct 2x1 {x,c} (int16 1x2 [0 -7]) null null (cell 1x2 (char 1x7 'in cell') null)");
+    // The replaced and the removed values are ours again: ASan fails the run if they were freed.
+    mxSetField(s.get(), 0, "x", mxCreateDoubleScalar(5));
+    mxRemoveField(s.get(), 1);
     // Changing the original, its data, cells or fields, leaves the copies as they were.
-    static_cast<int16_t*>(mxGetData(mxGetField(s.get(), 0, "x")))[1] = 99;
-    mxDestroyArray(mxGetCell(cell, 0));
-    mxSetCell(cell, 0, nullptr);
-    ArrayOwner removed(mxGetField(s.get(), 0, "x"));
-    mxRemoveField(s.get(), 0);
+    static_cast<int16_t*>(mxGetData(x.get()))[1] = 99;
+    mxDestroyArray(mxGetCell(cell.get(), 0));
+    mxSetCell(cell.get(), 0, nullptr);
     mxAddField(copy.get(), "added");
+    EXPECT_EQ(describe(s.get()), "struct 2x1 {x} (double 1x1 [5]) null");
+    EXPECT_EQ(describe(x.get()) + ", " + describe(cell.get()), "int16 1x2 [0 99], cell 1x2 null null");
     EXPECT_EQ(describe(copy.get()), "struct 2x1 {x,c,added} (int16 1x2 [0 -7]) null null null "
                                     "(cell 1x2 (char 1x7 'in cell') null) null");
     EXPECT_EQ(describe(second.get()), before);

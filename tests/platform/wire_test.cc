@@ -65,7 +65,7 @@ std::string repeated(const std::string& piece, int times) {
 }
 
 TEST(WireFaults, CorruptPayloadsGiveMessagesNamingTheFault) {
-    std::string dims32 = Bytes().u8(mxDOUBLE_CLASS).u8(32).s + repeated(std::string(1, '\1') + std::string(7, '\0'), 32);
+    const std::string dims32 = Bytes().u8(mxINT8_CLASS).u8(32).s + repeated(Bytes().u64(1).s.substr(1), 32) + "\x05";
     struct Row {
         const char* what;
         std::string payload;
@@ -78,9 +78,7 @@ TEST(WireFaults, CorruptPayloadsGiveMessagesNamingTheFault) {
         {"function class", Bytes().u8(mxFUNCTION_CLASS).dims2(1, 1).s, "corrupt frame: unknown class id 16"},
         {"one dimension", Bytes().u8(mxDOUBLE_CLASS).u8(1).u64(1).s, "corrupt frame: 1 dimensions (2 to 32 allowed)"},
         {"too many dimensions", Bytes().u8(mxDOUBLE_CLASS).u8(33).s, "corrupt frame: 33 dimensions (2 to 32 allowed)"},
-        {"32 dimensions are allowed", dims32, "truncated frame: dims 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x "
-                                              "1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 x 1 need 8 "
-                                              "bytes of data, 0 left"},
+        {"32 dimensions", dims32, ""},
         {"truncated dims", Bytes().u8(mxDOUBLE_CLASS).u8(2).u64(1).u8(0).s,
          "truncated frame: dimension needs 8 bytes, 1 left"},
         {"data shorter than dims", Bytes().u8(mxDOUBLE_CLASS).dims2(2, 2).u64(0).s,
@@ -204,38 +202,27 @@ TEST(FrameReceiver, TakesFramesOneByOneAndRefusesShortOrBadOnes) {
     }
 }
 
-class SocketPair : public ::testing::Test {
-protected:
-    void SetUp() override { ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds_), 0); }
-    void TearDown() override {
-        ::close(fds_[0]);
-        ::close(fds_[1]);
-    }
-    std::string next_payload() {
-        std::string error;
-        return frames_.receive(fds_[1], error) == ReceiveStatus::ok ? std::string(frames_.payload()) : error;
-    }
-    int fds_[2] = {-1, -1};
-    FrameReceiver frames_;
-};
-
-TEST_F(SocketPair, MoreWaitingSeesAFrameThatArrivesLaterAndKeepsThePayload) {
+TEST(FrameReceiver, SeesAFrameThatArrivesLaterAndTakesOneLargerThanTheSocketBuffer) {
+    int fds[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds), 0);
     const std::string first = error_frame_with("first"), second = error_frame_with("second");
-    ASSERT_TRUE(send_frame(fds_[0], first));
-    ASSERT_EQ(next_payload(), first.substr(header_length));
-    EXPECT_FALSE(frames_.more_waiting(fds_[1]));
-    ASSERT_TRUE(send_frame(fds_[0], second));
-    EXPECT_TRUE(frames_.more_waiting(fds_[1]));
-    EXPECT_EQ(std::string(frames_.payload()), first.substr(header_length));
-    EXPECT_EQ(next_payload(), second.substr(header_length));
-}
-
-TEST_F(SocketPair, FrameLargerThanTheSocketBufferArrivesWholeAndTheNextAfterIt) {
-    const std::string big = error_frame_with(std::string(3 << 20, 'y')), small = error_frame_with("after");
-    std::thread writer([&] { send_frames(fds_[0], big, small); });
-    EXPECT_EQ(next_payload(), big.substr(header_length));
-    EXPECT_EQ(next_payload(), small.substr(header_length));
+    const std::string big = error_frame_with(std::string(3 << 20, 'y'));
+    FrameReceiver frames;
+    std::string error;
+    ASSERT_TRUE(send_frame(fds[0], first));
+    ASSERT_EQ(frames.receive(fds[1], error), ReceiveStatus::ok);
+    EXPECT_FALSE(frames.more_waiting(fds[1]));
+    ASSERT_TRUE(send_frame(fds[0], second));
+    EXPECT_TRUE(frames.more_waiting(fds[1]));
+    EXPECT_EQ(frames.payload(), first.substr(header_length));
+    std::thread writer([&] { send_frame(fds[0], big); });
+    EXPECT_EQ(frames.receive(fds[1], error), ReceiveStatus::ok);
+    EXPECT_EQ(frames.payload(), second.substr(header_length));
+    EXPECT_EQ(frames.receive(fds[1], error), ReceiveStatus::ok);
+    EXPECT_EQ(frames.payload(), big.substr(header_length));
     writer.join();
+    ::close(fds[0]);
+    ::close(fds[1]);
 }
 
 }  // namespace
