@@ -205,6 +205,9 @@ TEST(FrameReceiver, TakesFramesOneByOneAndRefusesShortOrBadOnes) {
 TEST(FrameReceiver, SeesAFrameThatArrivesLaterAndTakesOneLargerThanTheSocketBuffer) {
     int fds[2];
     ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds), 0);
+    // A receiver that misreads a length would wait for bytes that never come: fail instead.
+    const timeval patience{30, 0};
+    ASSERT_EQ(::setsockopt(fds[1], SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience), 0);
     const std::string first = error_frame_with("first"), second = error_frame_with("second");
     const std::string big = error_frame_with(std::string(3 << 20, 'y'));
     FrameReceiver frames;
