@@ -36,17 +36,6 @@ bool process_gone(int pid) {
     return ::stat(("/proc/" + std::to_string(pid)).c_str(), &st) != 0;
 }
 
-TEST(EngineLifecycle, ServerIsFoundBesideTheLibraryWithoutEnvironment) {
-    const char* path = tamlo_engServerPath();
-    ASSERT_NE(path, nullptr);
-    const std::string p(path);
-    EXPECT_EQ(p.substr(p.size() - std::strlen("/octave-engine")), "/octave-engine");
-    EXPECT_EQ(::access(path, X_OK), 0);
-    // The program found is one of the places listed, one per line.
-    const std::string places = std::string("\n").append(tamlo_engServerCandidates());
-    EXPECT_NE(places.find("\n" + p + "\n"), std::string::npos) << places;
-}
-
 TEST(EngineLifecycle, TwoEnginesAreIndependentAndCloseReapsEachOnce) {
     const int signals[] = {SIGPIPE, SIGCHLD, SIGINT, SIGTERM};
     struct sigaction before[4], after[4];
