@@ -15,7 +15,7 @@ namespace {
 using tamlo_test::ArrayOwner;
 using tamlo_test::describe;
 
-class Engine1 : public ::testing::Test {
+class OneEngine : public ::testing::Test {
 protected:
     static constexpr int buffer_size = 4096;
 
@@ -49,10 +49,10 @@ protected:
     static char buffer_[buffer_size + 1];
 };
 
-Engine* Engine1::engine_ = nullptr;
-char Engine1::buffer_[Engine1::buffer_size + 1];
+Engine* OneEngine::engine_ = nullptr;
+char OneEngine::buffer_[OneEngine::buffer_size + 1];
 
-TEST_F(Engine1, ValuesComeAsMatlabWouldHoldThemAndGoBackUnchanged) {
+TEST_F(OneEngine, ValuesComeAsMatlabWouldHoldThemAndGoBackUnchanged) {
     struct Row {
         const char* what;
         const char* command;
@@ -124,7 +124,7 @@ std::string nesting_seen_by_us(const mxArray* a) {
     return std::to_string(cells) + " " + describe(a);
 }
 
-TEST_F(Engine1, NestingPastTheLimitEndsInTheStandInBothWays) {
+TEST_F(OneEngine, NestingPastTheLimitEndsInTheStandInBothWays) {
     const char* seen_by_octave =
         "x = v; n = 0; while iscell(x), x = x{1}; n++; end; printf('%d %s %dx%d [%s]', n, class(x), size(x), num2str(x));";
     struct Row {
@@ -147,7 +147,7 @@ TEST_F(Engine1, NestingPastTheLimitEndsInTheStandInBothWays) {
     }
 }
 
-TEST_F(Engine1, WhatNoFrameCanCarryOrNoNameCanHoldIsRefusedAndTheEngineGoesOn) {
+TEST_F(OneEngine, WhatNoFrameCanCarryOrNoNameCanHoldIsRefusedAndTheEngineGoesOn) {
     const mwSize dims33[33] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1,
                                1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 2};
     struct Row {
@@ -178,7 +178,7 @@ TEST_F(Engine1, WhatNoFrameCanCarryOrNoNameCanHoldIsRefusedAndTheEngineGoesOn) {
     EXPECT_EQ(eval("disp(kept); clear big"), "1\n");
 }
 
-TEST_F(Engine1, CapturesEverythingPrintedInOrder) {
+TEST_F(OneEngine, CapturesEverythingPrintedInOrder) {
     const std::string no_terminal =
         ": the MATLAB engine runs without a terminal, so nothing can wait for a key or a reply\n";
     struct Row {
@@ -207,7 +207,7 @@ TEST_F(Engine1, CapturesEverythingPrintedInOrder) {
     }
 }
 
-TEST_F(Engine1, OutputIsCutToTheBufferOrNotCapturedWithoutOne) {
+TEST_F(OneEngine, OutputIsCutToTheBufferOrNotCapturedWithoutOne) {
     char small[16];
     std::memset(small, 'Z', sizeof small);
     ASSERT_EQ(engOutputBuffer(engine_, small, 8), 0);
@@ -231,7 +231,7 @@ struct Call {
     double number;
 };
 
-TEST_F(Engine1, CallsInAnyOrderSeeTheEnginesCurrentValues) {
+TEST_F(OneEngine, CallsInAnyOrderSeeTheEnginesCurrentValues) {
     const char* const count = "brought = brought + 1;";
     const char* const toggle = "if exist('toggled', 'var'), clear toggled; else, toggled = 7; end";
     const char* const fail = "brought = brought + 1; error('stop');";
