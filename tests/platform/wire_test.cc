@@ -223,9 +223,10 @@ TEST(FrameReceiver, SeesAFrameThatArrivesLaterAndTakesOneLargerThanTheSocketBuff
     EXPECT_EQ(frames.payload(), second.substr(header_length));
     EXPECT_EQ(frames.receive(fds[1], error), ReceiveStatus::ok);
     EXPECT_EQ(frames.payload(), big.substr(header_length));
+    // Closed first, so that a writer left with bytes to send fails instead of waiting.
+    ::close(fds[1]);
     writer.join();
     ::close(fds[0]);
-    ::close(fds[1]);
 }
 
 }  // namespace
