@@ -79,8 +79,10 @@ TEST(MxStruct, AddFieldKeepsOrderAndTheValuesOfEveryElement) {
 TEST(MxStruct, GetFieldIsNullWhereMatlabGivesNull) {
     ArrayOwner s(mxCreateStructMatrix(2, 1, 0, nullptr));
     mxAddField(s.get(), "set");
-    mxAddField(s.get(), "unset");
+    mxAddField(s.get(), "later");
     mxSetField(s.get(), 0, "set", mxCreateDoubleScalar(1));
+    // Where a past-the-end index of "set" would land among the values, one is set.
+    mxSetField(s.get(), 0, "later", mxCreateDoubleScalar(2));
     ArrayOwner d(mxCreateDoubleScalar(1));
     struct Row {
         const char* what;
@@ -88,9 +90,12 @@ TEST(MxStruct, GetFieldIsNullWhereMatlabGivesNull) {
         mwIndex index;
         const char* field;
     } rows[] = {
-        {"not a struct", d.get(), 0, "set"},          {"missing field", s.get(), 0, "other"},
-        {"index out of range", s.get(), 2, "set"},    {"element never set", s.get(), 1, "set"},
-        {"field never set", s.get(), 0, "unset"},     {"null array", nullptr, 0, "set"},
+        {"not a struct", d.get(), 0, "set"},
+        {"missing field", s.get(), 0, "other"},
+        {"index out of range", s.get(), 2, "set"},
+        {"element never set", s.get(), 1, "set"},
+        {"field never set there", s.get(), 1, "later"},
+        {"null array", nullptr, 0, "set"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
