@@ -66,6 +66,7 @@ TEST_F(OneEngine, ValuesComeAsMatlabWouldHoldThemAndGoBackUnchanged) {
         {"empty struct with fields", "v = struct('a', {}, 'b', {});", "struct 0x0 {a,b}"},
         {"0 x 1 struct without fields", "v = repmat(struct(), 0, 1);", "struct 0x1 {}"},
         {"3 x 2 struct without fields", "v = repmat(struct(), 3, 2);", "struct 3x2 {}"},
+        {"1 x 1 struct without fields", "v = struct();", "struct 1x1 {}"},
         {"range is double", "v = 1:4;", "double 1x4 [1 2 3 4]"},
         {"N x 2 points", "v = [1 10; 2 20; 3 0.1];", "double 3x2 [1 2 3 10 20 0.10000000000000001]"},
         {"empty double column", "v = zeros(0, 1);", "double 0x1 []"},
