@@ -1,0 +1,280 @@
+// One real engine through libeng: values put, looked at by Octave and got back unchanged,
+// what an evaluation prints, and the calls that save a round trip.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "array_text.h"
+#include "engine.h"
+
+namespace {
+
+using tamlo_test::ArrayOwner;
+using tamlo_test::describe;
+
+class OneEngine : public ::testing::Test {
+protected:
+    static constexpr int buffer_size = 4096;
+
+    static void SetUpTestSuite() {
+        int status = -1;
+        engine_ = engOpenSingleUse("", nullptr, &status);
+        ASSERT_NE(engine_, nullptr) << "engine did not start, status " << status;
+        ASSERT_EQ(engOutputBuffer(engine_, buffer_, buffer_size), 0);
+    }
+    static void TearDownTestSuite() {
+        if (engine_ != nullptr) {
+            EXPECT_EQ(engClose(engine_), 0);
+        }
+        engine_ = nullptr;
+    }
+    void SetUp() override { ASSERT_NE(engine_, nullptr); }
+
+    // Evaluates a command that must succeed and returns what it printed; the buffer holds
+    // stale text before, so that a call that prints nothing must still empty it.
+    static std::string eval(const std::string& command) {
+        std::strcpy(buffer_, "stale");
+        EXPECT_EQ(engEvalString(engine_, command.c_str()), 0) << command;
+        return buffer_;
+    }
+    static std::string get(const char* name) {
+        ArrayOwner v(engGetVariable(engine_, name));
+        return describe(v.get());
+    }
+
+    static Engine* engine_;
+    static char buffer_[buffer_size + 1];
+};
+
+Engine* OneEngine::engine_ = nullptr;
+char OneEngine::buffer_[OneEngine::buffer_size + 1];
+
+TEST_F(OneEngine, ValuesComeAsMatlabWouldHoldThemAndGoBackUnchanged) {
+    struct Row {
+        const char* what;
+        const char* command;
+        std::string arrives;
+    } rows[] = {
+        {"struct array field order", "v = struct('zeta', {1, 2}, 'alpha', 3);",
+         "struct 1x2 {zeta,alpha} (double 1x1 [1]) (double 1x1 [3]) (double 1x1 [2]) (double 1x1 [3])"},
+        {"field added later goes last", "clear v; v.b = 1; v.a = 'x';", "struct 1x1 {b,a} (double 1x1 [1]) (char 1x1 'x')"},
+        {"nested structs", "v = struct('fuel', struct('cost', {1.25; 2.5}), 'is_on', true);",
+         "struct 1x1 {fuel,is_on} (struct 2x1 {cost} (double 1x1 [1.25]) (double 1x1 [2.5])) (logical 1x1 [1])"},
+        {"empty struct with fields", "v = struct('a', {}, 'b', {});", "struct 0x0 {a,b}"},
+        {"0 x 1 struct without fields", "v = repmat(struct(), 0, 1);", "struct 0x1 {}"},
+        {"3 x 2 struct without fields", "v = repmat(struct(), 3, 2);", "struct 3x2 {}"},
+        {"1 x 1 struct without fields", "v = struct();", "struct 1x1 {}"},
+        {"range is double", "v = 1:4;", "double 1x4 [1 2 3 4]"},
+        {"N x 2 points", "v = [1 10; 2 20; 3 0.1];", "double 3x2 [1 2 3 10 20 0.10000000000000001]"},
+        {"empty double column", "v = zeros(0, 1);", "double 0x1 []"},
+        {"logical", "v = [true false true];", "logical 1x3 [1 0 1]"},
+        {"char matrix", "v = ['ab'; 'cd'];", "char 2x2 'acbd'"},
+        {"empty char", "v = '';", "char 0x0 ''"},
+        {"eight-bit text", "v = 'caf\xe9';", "char 1x4 'caf\xe9'"},
+        {"int8", "v = int8([-128 127]);", "int8 1x2 [-128 127]"},
+        {"uint16", "v = uint16([0 65535]);", "uint16 1x2 [0 65535]"},
+        {"int32", "v = int32([-7 7]);", "int32 1x2 [-7 7]"},
+        {"uint64", "v = [uint64(0) intmax('uint64')];", "uint64 1x2 [0 18446744073709551615]"},
+        {"int64", "v = [intmin('int64') intmax('int64')];", "int64 1x2 [-9223372036854775808 9223372036854775807]"},
+        {"single", "v = single(0.1);", "single 1x1 [0.10000000149011612]"},
+        {"single 3-D", "v = single(reshape(0:5, 2, 1, 3) / 2);", "single 2x1x3 [0 0.5 1 1.5 2 2.5]"},
+        {"sparse becomes full", "v = speye(2) * 5;", "double 2x2 [5 0 0 5]"},
+        {"sparse logical becomes full logical", "v = sparse([true false]);", "logical 1x2 [1 0]"},
+        {"complex keeps its real part", "v = [1+2i, 3-4i];", "double 1x2 [1 3]"},
+        {"function handle becomes empty double", "v = @sin;", "double 0x0 []"},
+        {"cell", "v = {1, 'a'; [], {}};", "cell 2x2 (double 1x1 [1]) (double 0x0 []) (char 1x1 'a') (cell 0x0)"},
+        {"missing variable", "clear v;", "null"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(eval(row.command), "");
+        ArrayOwner v(engGetVariable(engine_, "v"));
+        EXPECT_EQ(describe(v.get()), row.arrives);
+        // Put back under another name, it is held by Octave as it was sent and comes back the same.
+        if (v.get() == nullptr) continue;
+        ASSERT_EQ(engPutVariable(engine_, "w", v.get()), 0);
+        EXPECT_EQ(get("w"), row.arrives);
+    }
+    EXPECT_EQ(get("not a name"), "null");
+    // Octave reads what was put, and holds no value where none was set.
+    ArrayOwner s(mxCreateStructMatrix(1, 2, 0, nullptr));
+    mxAddField(s.get(), "power");
+    mxSetField(s.get(), 1, "power", mxCreateDoubleScalar(200));
+    ASSERT_EQ(engPutVariable(engine_, "s", s.get()), 0);
+    EXPECT_EQ(eval("printf('%g %s %d', s(2).power, class(s(1).power), isempty(s(1).power))"), "200 double 1");
+}
+
+// `levels` cells, one inside the other, around the scalar 5.
+mxArray* cells_around_five(int levels) {
+    mxArray* top = mxCreateDoubleScalar(5);
+    for (int k = 0; k < levels; ++k) {
+        mxArray* c = mxCreateCellMatrix(1, 1);
+        mxSetCell(c, 0, top);
+        top = c;
+    }
+    return top;
+}
+
+// Cells to the first value that is not a cell, then that value: "63 double 1x1 [5]".
+std::string nesting_seen_by_us(const mxArray* a) {
+    int cells = 0;
+    for (; a != nullptr && mxIsCell(a); ++cells) a = mxGetCell(a, 0);
+    return std::to_string(cells) + " " + describe(a);
+}
+
+TEST_F(OneEngine, NestingPastTheLimitEndsInTheStandInBothWays) {
+    const char* seen_by_octave =
+        "x = v; n = 0; while iscell(x), x = x{1}; n++; end; printf('%d %s %dx%d [%s]', n, class(x), size(x), num2str(x));";
+    struct Row {
+        const char* what;
+        int cells;
+        const char* arrives;
+    } rows[] = {
+        {"scalar at the deepest level", 63, "63 double 1x1 [5]"},
+        {"cell at the deepest level", 64, "63 double 0x0 []"},
+        {"1,000 levels", 1000, "63 double 0x0 []"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        ArrayOwner sent(cells_around_five(row.cells));
+        ASSERT_EQ(engPutVariable(engine_, "v", sent.get()), 0);
+        EXPECT_EQ(eval(seen_by_octave), row.arrives);
+        eval("v = 5; for k = 1:" + std::to_string(row.cells) + ", v = {v}; end");
+        ArrayOwner back(engGetVariable(engine_, "v"));
+        EXPECT_EQ(nesting_seen_by_us(back.get()), row.arrives);
+    }
+}
+
+TEST_F(OneEngine, WhatNoFrameCanCarryOrNoNameCanHoldIsRefusedAndTheEngineGoesOn) {
+    const mwSize dims33[33] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1,
+                               1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 2};
+    struct Row {
+        const char* what;
+        const char* name;
+        mxArray* value;
+    } rows[] = {
+        {"data past the largest frame", "kept", mxCreateDoubleMatrix(1, (mwSize{1} << 25) + 1, mxREAL)},
+        {"an empty array with a dim Octave cannot index", "kept", mxCreateDoubleMatrix(0, mwSize{1} << 63, mxREAL)},
+        {"an empty array whose dims pass a frame", "kept", mxCreateDoubleMatrix(mwSize{1} << 40, 0, mxREAL)},
+        {"33 dimensions", "kept", mxCreateNumericArray(33, dims33, mxINT8_CLASS, mxREAL)},
+        {"no array", "kept", nullptr},
+        {"no name", nullptr, mxCreateDoubleScalar(2)},
+        {"a name that is not one", "1abc", mxCreateDoubleScalar(2)},
+        {"a keyword", "for", mxCreateDoubleScalar(2)},
+    };
+    // Taken once by the engine, so that the puts of it that follow are not waited for.
+    ArrayOwner one(mxCreateDoubleScalar(1));
+    ASSERT_EQ(engPutVariable(engine_, "kept", one.get()), 0);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        ArrayOwner value(row.value);
+        EXPECT_NE(engPutVariable(engine_, row.name, value.get()), 0);
+        EXPECT_EQ(eval("disp(kept)"), "1\n");
+    }
+    EXPECT_EQ(eval("big = repmat({zeros(1, 2^24)}, 1, 3);"), "");
+    EXPECT_EQ(get("big"), "null") << "a value past the largest frame";
+    EXPECT_EQ(eval("disp(kept); clear big"), "1\n");
+}
+
+TEST_F(OneEngine, CapturesEverythingPrintedInOrder) {
+    const std::string no_terminal =
+        ": the MATLAB engine runs without a terminal, so nothing can wait for a key or a reply\n";
+    struct Row {
+        const char* what;
+        const char* command;
+        std::string output;
+    } rows[] = {
+        {"disp", "disp(42)", "42\n"},
+        {"value without semicolon", "x = 5", "x = 5\n"},
+        {"silent command", "x = 5;", ""},
+        {"warning", "warning('careful now')", "warning: careful now\n"},
+        {"standard error", "fprintf(2, 'to stderr\\n')", "to stderr\n"},
+        {"mixed streams keep their order", "disp(1); fprintf(2, 'e\\n'); disp(2)", "1\ne\n2\n"},
+        {"error after printed text", "disp('before'); error('boom %d', 3); disp('after')", "before\nerror: boom 3\n"},
+        {"error inside a function",
+         "function f(), error('inner'); end\nf()", "error: inner\nerror: called from\n    f at line 1 column 15\n"},
+        {"undefined function", "no_such_function_xyz(1)", "error: 'no_such_function_xyz' undefined near line 1, column 1\n"},
+        {"parse error", "a = [1 2", "error: parse error:\n\n  syntax error\n\n\n"},
+        {"waiting for a key", "keyboard", "error: keyboard" + no_terminal},
+        {"only line feeds", "fprintf('\\n\\n')", "\n\n"},
+        {"cd to a missing folder", "cd('/no/such/folder/xyz');", "error: /no/such/folder/xyz: No such file or directory\n"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(eval(row.command), row.output);
+    }
+}
+
+TEST_F(OneEngine, OutputIsCutToTheBufferOrNotCapturedWithoutOne) {
+    char small[16];
+    std::memset(small, 'Z', sizeof small);
+    ASSERT_EQ(engOutputBuffer(engine_, small, 8), 0);
+    EXPECT_EQ(engEvalString(engine_, "disp('0123456789abcdef')"), 0);
+    EXPECT_STREQ(small, "0123456");
+    EXPECT_EQ(small[8], 'Z') << "wrote past the registered length";
+    std::strcpy(buffer_, "untouched");
+    ASSERT_EQ(engOutputBuffer(engine_, nullptr, 0), 0);
+    EXPECT_EQ(engEvalString(engine_, "disp('invisible')"), 0);
+    EXPECT_STREQ(buffer_, "untouched");
+    ASSERT_EQ(engOutputBuffer(engine_, buffer_, buffer_size), 0);
+    EXPECT_EQ(engSetVisible(engine_, false), 0);
+    EXPECT_EQ(eval("disp('visible')"), "visible\n");
+}
+
+// One call in a sequence: an eval, a put of a number, or a get that expects a number (NAN: no
+// such variable).
+struct Call {
+    char op;  // 'e', 'p', 'g'
+    const char* text;
+    double number;
+};
+
+TEST_F(OneEngine, CallsInAnyOrderSeeTheEnginesCurrentValues) {
+    const char* const count = "brought = brought + 1;";
+    const char* const toggle = "if exist('toggled', 'var'), clear toggled; else, toggled = 7; end";
+    const char* const fail = "brought = brought + 1; error('stop');";
+    const struct {
+        const char* name;
+        std::vector<Call> calls;
+    } rows[] = {
+        {"each put is seen by the next eval", {{'p', "brought", 1}, {'e', count, 0}, {'g', "brought", 2},
+                                               {'p', "brought", 10}, {'e', count, 0}, {'g', "brought", 11}}},
+        {"puts in a row end with the last", {{'p', "brought", 1}, {'p', "brought", 2}, {'p', "brought", 3},
+                                             {'g', "brought", 3}}},
+        {"each eval's own result", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1}, {'e', count, 0},
+                                    {'g', "brought", 2}, {'e', count, 0}, {'g', "brought", 3}}},
+        {"a put after the eval wins", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1}, {'e', count, 0},
+                                       {'p', "brought", 100}, {'g', "brought", 100}}},
+        {"the same name twice", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1}, {'e', count, 0},
+                                 {'g', "brought", 2}, {'g', "brought", 2}}},
+        {"another name after the same eval", {{'p', "brought", 0}, {'p', "other", 9}, {'e', count, 0},
+                                              {'g', "brought", 1}, {'e', count, 0}, {'g', "other", 9}}},
+        {"an eval that fails after assigning", {{'p', "brought", 0}, {'e', fail, 0}, {'g', "brought", 1},
+                                                {'e', fail, 0}, {'g', "brought", 2}}},
+        {"a variable that comes and goes", {{'e', "clear toggled", 0}, {'e', toggle, 0}, {'g', "toggled", 7},
+                                            {'e', toggle, 0}, {'g', "toggled", NAN}, {'e', toggle, 0},
+                                            {'g', "toggled", 7}, {'e', toggle, 0}, {'g', "toggled", NAN}}},
+        {"another command in between", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1},
+                                        {'e', "brought = 50;", 0}, {'e', count, 0}, {'g', "brought", 51}}},
+    };
+    for (const auto& row : rows) {
+        for (std::size_t k = 0; k < row.calls.size(); ++k) {
+            const Call& c = row.calls[k];
+            SCOPED_TRACE(std::string(row.name) + ", call " + std::to_string(k + 1));
+            if (c.op == 'e') {
+                engEvalString(engine_, c.text);
+            } else if (c.op == 'p') {
+                ArrayOwner v(mxCreateDoubleScalar(c.number));
+                ASSERT_EQ(engPutVariable(engine_, c.text, v.get()), 0);
+            } else {
+                ArrayOwner v(mxCreateDoubleScalar(c.number));
+                EXPECT_EQ(get(c.text), std::isnan(c.number) ? "null" : describe(v.get()));
+            }
+        }
+    }
+}
+
+}  // namespace
