@@ -42,7 +42,6 @@ protected:
         write("loads.csv", "hour,ac\n0,1\n1,2\n2,3\n");
         write("short.csv", "hour,ac\n0,1\n1,2\n");
         write("text.csv", "# comment line\nhour,ac\n0,1\n1,.\n2,3\n");
-        write("negative.csv", "hour,ac\n0,1\n1,-4\n2,3\n");
         write("index.csv", "hour,rate\n0,0\n1,0\n2,1\n");
         write("duplicate.csv", "hour,ac,ac\n0,1,1\n1,2,2\n2,3,3\n");
         write("huge.csv", "hour,ac\n0,1\n1,2\n2,1e400\n");
@@ -104,10 +103,6 @@ TEST_P(BadScenario, GivesOneMessageNamingTheFault) {
 INSTANTIATE_TEST_SUITE_P(
     Table, BadScenario,
     ::testing::Values(
-        BadInput{"wrong type deep inside",
-                 R"([{"op": "add", "path": "/batteries/0/dedicated_converter/inverter_capacity", "value": "big"}])",
-                 "{dir}/s.json: batteries[0].dedicated_converter.inverter_capacity: expected a power from 0 to 1e10 "
-                 "kW, found the text \"big\""},
         BadInput{"text where a plain number is expected",
                  R"([{"op": "add", "path": "/generators/0/emissions_factor_CO", "value": "lots"}])",
                  "{dir}/s.json: generators[0].emissions_factor_CO: expected a number, found the text \"lots\""},
@@ -127,8 +122,6 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"text in a series",
                  R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "text.csv"}])",
                  "{dir}/text.csv:4: column \"ac\": \".\" is not a decimal number (like 12, -0.5 or 1e5)"},
-        BadInput{"negative load", R"([{"op": "add", "path": "/plant/primary_loads/0/load/file", "value": "negative.csv"}])",
-                 "{dir}/negative.csv:3: column \"ac\": -4 is not allowed here; it needs a power from 0 to 1e10 kW"},
         BadInput{"unknown column", R"([{"op": "add", "path": "/plant/primary_loads/0/load/column", "value": "dc"}])",
                  "{dir}/loads.csv: no column \"dc\" in the header line (named at plant.primary_loads[0].load in "
                  "{dir}/s.json)"},
@@ -243,13 +236,7 @@ INSTANTIATE_TEST_SUITE_P(
                        "it would overwrite it; choose another file\n"},
         BadCommandLine{"results in a missing folder", "--out {dir}/missing/r.csv",
                        "dispatch-bench: --out {dir}/missing/r.csv: the folder {dir}/missing does not exist; create it "
-                       "first\n"},
-        BadCommandLine{"summary over the scenario", "--summary-json {dir}/s.json",
-                       "dispatch-bench: --summary-json {dir}/s.json: this is the scenario of the run ({dir}/s.json); "
-                       "writing to it would overwrite it; choose another file\n"},
-        BadCommandLine{"year plot over the week plot", "--plot {dir}/p.png --plot-year {dir}/p.png",
-                       "dispatch-bench: --plot-year {dir}/p.png: this is the --plot file of the run ({dir}/p.png); "
-                       "writing to it would overwrite it; choose another file\n"}),
+                       "first\n"}),
     tamlo_test::row_name);
 
 TEST_F(ScenarioFiles, SyntaxErrorNamesLineAndColumn) {
@@ -262,14 +249,6 @@ TEST_F(ScenarioFiles, SyntaxErrorNamesLineAndColumn) {
         EXPECT_EQ(what.rfind(expand("{dir}/broken.json: not valid JSON: parse error at line 3, column 3"), 0), 0u)
             << what;
     }
-}
-
-TEST(CommandLine, VersionNamesTheBuildsCommit) {
-    const char* argv[] = {"dispatch-bench", "--version"};
-    std::ostringstream out, err;
-    EXPECT_EQ(run_command_line(2, argv, out, err), exit_completed);
-    EXPECT_EQ(out.str().rfind("dispatch-bench 0.1 (commit ", 0), 0u) << out.str();
-    EXPECT_EQ(err.str(), "");
 }
 
 }  // namespace
