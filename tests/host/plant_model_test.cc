@@ -242,7 +242,7 @@ TEST(Books, ScaleEnergiesRuntimeAndMoneyByTheStepLength) {
     EXPECT_DOUBLE_EQ(books.generators[0].energy, 3);
     EXPECT_DOUBLE_EQ(books.generators[0].fuel, 1.5);
     EXPECT_DOUBLE_EQ(books.generators[0].runtime_hours, 0.5);
-    EXPECT_DOUBLE_EQ(books.battery_charged, 1);
+    EXPECT_DOUBLE_EQ(books.battery_discharged, 1);
     EXPECT_DOUBLE_EQ(books.grid_bought, 2.5);
     EXPECT_DOUBLE_EQ(books.grid_cost, (5 * 0.2 - 1 * 0.1) * 0.5);
 }
