@@ -77,7 +77,7 @@ BENCHMARK_CAPTURE(run_year, load_following, "examples/hybrid_load_following.json
     ->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
 BENCHMARK_CAPTURE(run_year, cycle_charging, "examples/hybrid_cycle_charging.json")
     ->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
-BENCHMARK_CAPTURE(run_year, minimal_fixture_strategy, "tests/host/fixture_scenario.json")
+BENCHMARK_CAPTURE(run_year, minimal_fixture_strategy, "bench/fixture_scenario.json")
     ->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
 
 }  // namespace

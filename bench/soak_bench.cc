@@ -71,7 +71,7 @@ std::string write_minute_scenario(const std::filesystem::path& dir) {
     std::filesystem::create_directories(dir);
     for (const char* name : {"diesel_schedule.csv", "grid.csv", "loads.csv", "weather.csv"})
         write_minute_series(source / "examples/series" / name, dir / name);
-    std::ifstream in(source / "tests/host/fixture_scenario.json");
+    std::ifstream in(source / "bench/fixture_scenario.json");
     std::stringstream text;
     text << in.rdbuf();
     std::string json = text.str();
@@ -79,8 +79,8 @@ std::string write_minute_scenario(const std::filesystem::path& dir) {
         for (std::size_t at = json.find(from); at != std::string::npos; at = json.find(from, at + to.size()))
             json.replace(at, from.size(), to);
     };
-    replace_all("../../examples/series/", dir.string() + "/");
-    replace_all("\"value\": \"matlab\"", "\"value\": \"" + (source / "tests/host/matlab").string() + "\"");
+    replace_all("../examples/series/", dir.string() + "/");
+    replace_all("\"value\": \"matlab\"", "\"value\": \"" + (source / "bench/matlab").string() + "\"");
     replace_all("\"timestep_size_in_seconds\": 3600", "\"timestep_size_in_seconds\": 60");
     const std::filesystem::path file = dir / "soak_scenario.json";
     std::ofstream(file) << json;

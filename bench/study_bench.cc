@@ -23,7 +23,7 @@ std::string write_bench_study() {
     std::string values;
     for (int i = 0; i < study_cases; ++i) values += (i > 0 ? ", " : "") + std::to_string(100 + i);
     std::ofstream(dir / "study.json")
-        << "{\"scenario\": \"" TAMLO_SOURCE_DIR "/tests/host/fixture_scenario.json\", \"steps\": 24, \"vary\": ["
+        << "{\"scenario\": \"" TAMLO_SOURCE_DIR "/bench/fixture_scenario.json\", \"steps\": 24, \"vary\": ["
         << "{\"name\": \"battery\", \"path\": \"batteries[0].battery_bank_maximum_absolute_soc\", \"values\": ["
         << values << "]}]}\n";
     return dir.string();
