@@ -14,5 +14,4 @@ bus = struct('capacity_shortage', 0, 'excess_electricity', 0, 'load_requested', 
              'operating_capacity_served', 0, 'unmet_load', 0);
 s.ac_bus = bus;
 s.dc_bus = bus;
-s.current_timestep = 0;
 end
