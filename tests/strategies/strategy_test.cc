@@ -171,6 +171,7 @@ class BundledStrategy : public testing::TestWithParam<const char*> {};
 TEST_P(BundledStrategy, GivesNoWarningOrErrorOnGeneratedSystems) {
     ExtensionPtr extension = create_extension();
     for (std::uint32_t system_number = 0; system_number < systems_per_strategy; ++system_number) {
+        SCOPED_TRACE("system " + std::to_string(system_number));
         SystemGenerator generator(1000 + system_number);
         SimulationParameters system = generator.system();
         system.extension_parameters = settings(TAMLO_STRATEGY_DIR, GetParam());
@@ -181,7 +182,7 @@ TEST_P(BundledStrategy, GivesNoWarningOrErrorOnGeneratedSystems) {
         for (std::uint32_t step = 0; step < steps_per_system; ++step) {
             SimulationState state = generator.state(system, step);
             extension->dispatch(state);
-            SCOPED_TRACE("system " + std::to_string(system_number) + ", step " + std::to_string(step));
+            SCOPED_TRACE("step " + std::to_string(step));
             for (const auto& [name, bus] : {std::pair{"AC bus", &state.ac_bus}, {"DC bus", &state.dc_bus}}) {
                 EXPECT_NEAR(bus->load_served + bus->unmet_load, bus->load_requested, 1e-9 * (1 + bus->load_requested))
                     << name;
@@ -195,19 +196,16 @@ TEST_P(BundledStrategy, GivesNoWarningOrErrorOnGeneratedSystems) {
         }
 
         const auto messages = extension->end_simulation();
-        ASSERT_TRUE(messages->simulation_errors.empty())
-            << "system " << system_number << ": " << messages->simulation_errors.front();
+        ASSERT_TRUE(messages->simulation_errors.empty()) << messages->simulation_errors.front();
         ASSERT_TRUE(messages->simulation_warnings.empty())
-            << "system " << system_number << ", " << messages->simulation_warnings.size()
-            << " warning(s); first: " << messages->simulation_warnings.front();
+            << messages->simulation_warnings.size() << " warning(s); first: " << messages->simulation_warnings.front();
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Strategies, BundledStrategy, testing::Values("load_following", "cycle_charging"),
                          [](const auto& info) { return std::string(info.param); });
 
-// The field dump fixture returns each state untouched (and reports the generated system's
-// differences from the field reference as errors): the same generated states with the decision
+// The field dump fixture returns each state untouched: the same generated states with the decision
 // fields left at zero must draw warnings, or the test above proves nothing.
 TEST(BundledStrategyCheck, UntouchedStatesDrawWarnings) {
     ExtensionPtr extension = create_extension();
@@ -222,9 +220,8 @@ TEST(BundledStrategyCheck, UntouchedStatesDrawWarnings) {
     EXPECT_FALSE(extension->end_simulation()->simulation_warnings.empty());
 }
 
-// The field dump fixture lists every field of simulation_parameters and simulation_state inside
-// the engine, for the numbered system (every component kind, all three grid models), and reports
-// each difference from the reference as an error.
+// The field dump fixture lists every field MATLAB receives for the numbered system (every component
+// kind, all three grid models) and reports each difference from the reference as an error.
 TEST(FieldReference, ListsEveryFieldMatlabReceivesInOrderWithItsClassAndSize) {
     tamlo_numbered::Numbering numbering;
     SimulationParameters parameters = tamlo_numbered::numbered_system(numbering);

@@ -18,15 +18,15 @@ documented(end + 1:numel(received)) = {'nothing'};
 received(end + 1:numel(documented)) = {'nothing'};
 k = find(~strcmp(documented, received), 1);
 if ~isempty(k)
-  errors{end + 1} = sprintf('field %d, struct by struct: the reference has %s, MATLAB %s', k, documented{k}, received{k});
+  errors{end + 1} = sprintf('field %d, struct by struct: the reference has %s, MATLAB %s', ...
+                            k, documented{k}, received{k});
 end
-for k = 1:size(seen, 1)
-  row = find(strcmp(rows(:, 1), seen{k, 1}), 1);
-  if isempty(row)
-    continue;
-  end
-  sizes = strrep(regexprep(strrep(rows{row, 3}, '×', 'x'), '[A-Z]', '[0-9]+'), ' or ', '|');
-  if ~any(strcmp(strsplit(rows{row, 2}, ' or '), seen{k, 2})) || isempty(regexp(seen{k, 3}, ['^(' sizes ')$'], 'once'))
+[~, row_of] = ismember(seen(:, 1), rows(:, 1));
+for k = find(row_of)'
+  row = rows(row_of(k), :);
+  sizes = strrep(regexprep(strrep(row{3}, '×', 'x'), '[A-Z]', '[0-9]+'), ' or ', '|');
+  if ~any(strcmp(strsplit(row{2}, ' or '), seen{k, 2})) || ...
+      isempty(regexp(seen{k, 3}, ['^(' sizes ')$'], 'once'))
     errors{end + 1} = sprintf('%s is %s %s in MATLAB', seen{k, 1}, seen{k, 2}, seen{k, 3});
   end
 end
