@@ -1,18 +1,32 @@
-// Runs the bundled strategies through the real extension and engine on many generated systems
-// and states: the extension's own validation must find nothing, and the books must balance.
+// The bundled strategies and the field reference, through the real extension and engine: on
+// many generated systems the extension's own validation must find nothing and the books must
+// balance; docs/reference/fields.md must list what MATLAB receives.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <random>
 #include <string>
+#include <vector>
 
-#include "loaded_extension.h"
+#include "extension_loader.h"
+#include "numbered_system.h"
 
 namespace tamlo_strategies {
 namespace {
 
 using namespace tamlo_dispatch;
+using tamlo_test_support::create_extension;
+using tamlo_test_support::ExtensionPtr;
+
+// The MATLAB folder, the three function names, and the reference the field dump fixture reads.
+std::vector<ExtensionParameter> settings(const std::string& folder, const std::string& prefix) {
+    const auto text = [](const char* name, std::string value) {
+        return ExtensionParameter{name, ExtensionParameterType::text, 0.0, false, std::move(value), {}};
+    };
+    return {text("path", folder), text("start simulation", prefix + "_start"), text("dispatch", prefix + "_dispatch"),
+            text("end simulation", prefix + "_end"), text("field reference", TAMLO_FIELD_REFERENCE)};
+}
 
 constexpr std::uint32_t systems_per_strategy = 40;
 constexpr std::uint32_t steps_per_system = 30;
@@ -152,19 +166,12 @@ private:
     std::uint64_t next_number_ = 1;
 };
 
-void expect_books_balance(const BusState& bus, const char* name, std::uint32_t system, std::uint32_t step) {
-    const std::string where = std::string(name) + " of system " + std::to_string(system) + ", step " +
-                              std::to_string(step);
-    EXPECT_NEAR(bus.load_served + bus.unmet_load, bus.load_requested, 1e-9 * (1.0 + bus.load_requested)) << where;
-    EXPECT_GE(bus.load_served, 0.0) << where;
-    EXPECT_LE(bus.load_served, bus.load_requested + 1e-9) << where;
-}
-
 class BundledStrategy : public testing::TestWithParam<const char*> {};
 
 TEST_P(BundledStrategy, GivesNoWarningOrErrorOnGeneratedSystems) {
     ExtensionPtr extension = create_extension();
     for (std::uint32_t system_number = 0; system_number < systems_per_strategy; ++system_number) {
+        SCOPED_TRACE("system " + std::to_string(system_number));
         SystemGenerator generator(1000 + system_number);
         SimulationParameters system = generator.system();
         system.extension_parameters = settings(TAMLO_STRATEGY_DIR, GetParam());
@@ -175,31 +182,31 @@ TEST_P(BundledStrategy, GivesNoWarningOrErrorOnGeneratedSystems) {
         for (std::uint32_t step = 0; step < steps_per_system; ++step) {
             SimulationState state = generator.state(system, step);
             extension->dispatch(state);
-            expect_books_balance(state.ac_bus, "AC bus", system_number, step);
-            expect_books_balance(state.dc_bus, "DC bus", system_number, step);
-            for (std::size_t i = 0; i < state.battery_list.size(); ++i) {
-                const BatteryState& battery = state.battery_list[i];
-                EXPECT_LE(battery.power_setpoint, battery.max_charge_power) << "system " << system_number;
-                EXPECT_GE(battery.power_setpoint, -battery.max_discharge_power) << "system " << system_number;
+            SCOPED_TRACE("step " + std::to_string(step));
+            for (const auto& [name, bus] : {std::pair{"AC bus", &state.ac_bus}, {"DC bus", &state.dc_bus}}) {
+                EXPECT_NEAR(bus->load_served + bus->unmet_load, bus->load_requested, 1e-9 * (1 + bus->load_requested))
+                    << name;
+                EXPECT_GE(bus->load_served, 0.0) << name;
+                EXPECT_LE(bus->load_served, bus->load_requested + 1e-9) << name;
+            }
+            for (const BatteryState& battery : state.battery_list) {
+                EXPECT_LE(battery.power_setpoint, battery.max_charge_power);
+                EXPECT_GE(battery.power_setpoint, -battery.max_discharge_power);
             }
         }
 
         const auto messages = extension->end_simulation();
-        ASSERT_TRUE(messages->simulation_errors.empty())
-            << "system " << system_number << ": " << messages->simulation_errors.front();
+        ASSERT_TRUE(messages->simulation_errors.empty()) << messages->simulation_errors.front();
         ASSERT_TRUE(messages->simulation_warnings.empty())
-            << "system " << system_number << ", " << messages->simulation_warnings.size()
-            << " warning(s); first: " << messages->simulation_warnings.front();
+            << messages->simulation_warnings.size() << " warning(s); first: " << messages->simulation_warnings.front();
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Strategies, BundledStrategy, testing::Values("load_following", "cycle_charging"),
-                         [](const testing::TestParamInfo<const char*>& info) {
-                             return std::string(info.param) == "load_following" ? "LoadFollowing" : "CycleCharging";
-                         });
+                         [](const auto& info) { return std::string(info.param); });
 
-// The field dump fixture returns each state untouched: the check's baseline. The same generated
-// states with the decision fields left at zero must draw warnings, or the test above proves nothing.
+// The field dump fixture returns each state untouched: the same generated states with the decision
+// fields left at zero must draw warnings, or the test above proves nothing.
 TEST(BundledStrategyCheck, UntouchedStatesDrawWarnings) {
     ExtensionPtr extension = create_extension();
     SystemGenerator generator(1000);
@@ -210,9 +217,24 @@ TEST(BundledStrategyCheck, UntouchedStatesDrawWarnings) {
         SimulationState state = generator.state(system, step);
         extension->dispatch(state);
     }
+    EXPECT_FALSE(extension->end_simulation()->simulation_warnings.empty());
+}
+
+// The field dump fixture lists every field MATLAB receives for the numbered system (every component
+// kind, all three grid models) and reports each difference from the reference as an error.
+TEST(FieldReference, ListsEveryFieldMatlabReceivesInOrderWithItsClassAndSize) {
+    tamlo_numbered::Numbering numbering;
+    SimulationParameters parameters = tamlo_numbered::numbered_system(numbering);
+    SimulationState state = tamlo_numbered::numbered_state(numbering);
+    const auto dump_settings = settings(TAMLO_FIXTURE_DIR, "field_dump");
+    parameters.extension_parameters.insert(parameters.extension_parameters.end(), dump_settings.begin(),
+                                           dump_settings.end());
+    ExtensionPtr extension = create_extension();
+    const auto started = extension->start_simulation(parameters);
+    ASSERT_EQ(started->severity, DISPATCH_NO_ERROR) << started->message;
+    extension->dispatch(state);
     const auto messages = extension->end_simulation();
-    EXPECT_TRUE(messages->simulation_errors.empty());
-    EXPECT_FALSE(messages->simulation_warnings.empty());
+    EXPECT_TRUE(messages->simulation_errors.empty()) << testing::PrintToString(messages->simulation_errors);
 }
 
 }  // namespace
