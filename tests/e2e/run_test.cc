@@ -124,36 +124,41 @@ TEST(Settings, EmptySettingIsCriticalTakesTheParametersAndOpensNoEngine) {
     }
 }
 
-// One object serves every row: each row is a new run. A folder that cannot be entered, or a
-// start function that cannot run, is critical; otherwise init_error decides.
-TEST(StartFunction, FolderAndInitErrorDecideTheOutcome) {
+// The working folder is entered when the engine opens: one that cannot be entered is critical.
+TEST(EngineStart, MissingFolderIsCritical) {
+    SimulationParameters parameters = code_run("");
+    parameters.extension_parameters[0].text_value = "/nonexistent/tamlo folder";
+    auto failed = create_extension()->start_simulation(parameters);
+    EXPECT_EQ(failed->severity, DISPATCH_CRITICAL_ERROR);
+    EXPECT_EQ(failed->message, "MATLAB error: error: /nonexistent/tamlo folder: No such file or directory");
+}
+
+// One engine serves every row: each row is a new run on the same object.
+TEST(StartFunction, InitErrorDecidesTheOutcome) {
     const std::string refused = "init_error.severity_code = 'DISPATCH_CRITICAL_ERROR'; "
                                 "init_error.error_description = 'the start function refuses this run';";
     const struct {
-        std::size_t setting;  // 0: the folder, 1: the start function
-        const char* value;
+        const char* start_function;
         std::string code;
         tamlo_dispatch::DispatchSeverity severity;
         std::string message;
     } rows[] = {
-        {0, "/nonexistent/tamlo folder", "", DISPATCH_CRITICAL_ERROR,
-         "MATLAB error: error: /nonexistent/tamlo folder: No such file or directory"},
         // First, while the workspace holds no init_error of an earlier run.
         // A function with one output.
-        {1, "end_empty_lists", "", DISPATCH_CRITICAL_ERROR,
+        {"end_empty_lists", "", DISPATCH_CRITICAL_ERROR,
          "MATLAB error while executing '[init_error, custom_variables] = end_empty_lists(simulation_parameters);': "
          "error: end_empty_lists: function called with too many outputserror: called from    end_empty_lists"},
-        {1, "start_code", "disp('text'); warning('a warning'); x = 42", DISPATCH_NO_ERROR, ""},
-        {1, "start_code", refused, DISPATCH_CRITICAL_ERROR, "MATLAB error: the start function refuses this run"},
+        {"start_code", "disp('text'); warning('a warning'); x = 42", DISPATCH_NO_ERROR, ""},
+        {"start_code", refused, DISPATCH_CRITICAL_ERROR, "MATLAB error: the start function refuses this run"},
         // Failing before returning leaves the earlier run's init_error in the workspace.
-        {1, "start_code", "error('stops on purpose');", DISPATCH_CRITICAL_ERROR,
+        {"start_code", "error('stops on purpose');", DISPATCH_CRITICAL_ERROR,
          "MATLAB error: the start function refuses this run"},
     };
     ExtensionPtr extension = create_extension();
     for (const auto& row : rows) {
         SCOPED_TRACE(row.code);
         SimulationParameters parameters = code_run(row.code);
-        parameters.extension_parameters[row.setting].text_value = row.value;
+        parameters.extension_parameters[1].text_value = row.start_function;
         auto result = extension->start_simulation(parameters);
         EXPECT_EQ(result->severity, row.severity);
         EXPECT_EQ(result->message, row.message);
@@ -240,9 +245,7 @@ TEST(ErrorState, WarningsAreThoseOfTheRunAndACriticalErrorIsFinalAndListedLast) 
     extension->dispatch(state);
 
     // Every later start returns a copy of the stored error and takes nothing over.
-    SimulationParameters other = code_run("");
-    other.number_of_timesteps = 99;
-    EXPECT_EQ(extension->start_simulation(other)->message, not_a_struct);
+    EXPECT_EQ(extension->start_simulation(code_run(""))->message, not_a_struct);
     EXPECT_EQ(extension->get_result_parameters()->number_of_timesteps, 24u);
     // Dispatch leaves the state alone.
     state.ac_bus.capacity_shortage = 12.5;
@@ -356,7 +359,7 @@ TEST(GridModels, HostMadeModelsAppearInMatlab) {
     auto result = create_extension()->start_simulation(parameters);
     EXPECT_EQ(result->severity, DISPATCH_SIMULATION_ERROR);
     EXPECT_EQ(result->message,
-              "MATLAB error: RealTime 5;ComplexUtility 11;Scheduled 5;none 1;unknown 0;prices [0.1 0.25 0.3]");
+              "MATLAB error: RealTime 5;ComplexUtility 11;Scheduled 5;none 1;unknown 0 1;prices [0.1 0.25 0.3]");
 }
 
 // One short run's end-of-run messages against a checked-in golden file, to catch unintended

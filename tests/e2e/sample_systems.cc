@@ -115,8 +115,6 @@ SimulationState make_state(const SimulationParameters& parameters) {
     s.pv_list.assign(parameters.pv_list.size(), {20.0, 0.0});
     s.primary_load_list.assign(parameters.primary_load_list.size(), {40.0, 0.0});
     s.converter_list.resize(parameters.converter_list.size());
-    s.flywheel_list.assign(parameters.flywheel_list.size(), {0, 0.0});
-    s.custom_component_list.assign(parameters.custom_component_list.size(), {10.0, 0.0});
     s.wind_turbine_list.assign(parameters.wind_turbine_list.size(), {0.0, 12.0, DISPATCH_DECIDES});
     const double ac_load = 40.0 * s.primary_load_list.size();  // every sample load is AC
     s.ac_bus.load_requested = ac_load;
