@@ -37,27 +37,20 @@ TEST(LibraryExports, ImportsExactlyTheMatlabFunctionsItUses) {
         "mxGetNumberOfElements", "mxIsStruct", "mxIsLogicalScalarTrue", "engOpenSingleUse", "engSetVisible",
         "engOutputBuffer", "engEvalString", "engPutVariable", "engGetVariable", "engClose",
     };
-    EXPECT_EQ(expected.size(), 25u);
     EXPECT_EQ(imports, expected);
 }
 
 TEST(LibraryExports, ExportsOnlyTheFactoryAndTheSharedGridModelTypes) {
-    std::set<std::string> unexpected;
-    bool has_factory = false;
+    std::set<std::string> exports;
     for (const std::string& name : dynamic_symbols("--defined-only")) {
-        if (name == "create_engine_extension") {
-            has_factory = true;
-            continue;
-        }
         // Type information and virtual tables of the grid model classes are shared with the
         // host on purpose (checked downcast of host-made models).
         const bool grid_model_type = name.rfind("_ZTIN14tamlo_dispatch", 0) == 0 ||
                                      name.rfind("_ZTSN14tamlo_dispatch", 0) == 0 ||
                                      name.rfind("_ZTVN14tamlo_dispatch", 0) == 0;
-        if (!grid_model_type) unexpected.insert(name);
+        if (!grid_model_type) exports.insert(name);
     }
-    EXPECT_TRUE(has_factory);
-    EXPECT_EQ(unexpected, std::set<std::string>{});
+    EXPECT_EQ(exports, std::set<std::string>{"create_engine_extension"});
 }
 
 }  // namespace

@@ -42,18 +42,8 @@ SimulationParameters make_system(std::size_t count) {
         GeneratorParameters g;
         g.component = head("Generator " + std::to_string(i + 1), number++, true);
         g.fuel.name = "Diesel";
-        g.fuel.cost = 1.2;
-        g.fuel.lower_heating_value = 43.2;
-        g.fuel.density = 820;
-        g.fuel.carbon_content = 88;
-        g.fuel.sulfur_content = 0.4;
         g.rated_capacity = 100;
-        g.lifetime_in_hours = 15000;
         g.minimum_load = 25;
-        g.minimum_runtime = 0;
-        g.fuel_curve_intercept = 0.0087;
-        g.fuel_curve_slope = 0.2373;
-        g.emissions_factor_CO = 16.5;
         p.generator_list.push_back(std::move(g));
 
         PrimaryLoadParameters load;
@@ -66,31 +56,19 @@ SimulationParameters make_system(std::size_t count) {
         PvParameters pv;
         pv.component = head("PV " + std::to_string(i + 1), number++, false);
         pv.rated_capacity = 50;
-        pv.lifetime_in_years = 25;
         pv.solar_forecast = {0.0, 0.2, 0.6, 0.9};
         p.pv_list.push_back(std::move(pv));
 
         WindTurbineParameters wind;
         wind.component = head("Wind " + std::to_string(i + 1), number++, true);
-        wind.quantity = 1;
         wind.rated_power = 30;
         wind.power_curve = {{0, 0}, {3, 0}, {12, 30}, {25, 30}};
         p.wind_turbine_list.push_back(std::move(wind));
 
         BatteryParameters battery;
         battery.component = head("Battery " + std::to_string(i + 1), number++, false);
-        battery.nominal_voltage = 48;
         battery.nominal_capacity = 200;
-        battery.minimum_state_of_charge = 20;
-        battery.fractional_charge_efficiency = 0.95;
-        battery.fractional_discharge_efficiency = 0.95;
-        battery.battery_bank_maximum_absolute_soc = 200;
-        battery.battery_bank_minimum_absolute_soc = 40;
         battery.dedicated_converter.component = head("Battery converter", number++, false);
-        battery.dedicated_converter.inverter_capacity = 40;
-        battery.dedicated_converter.rectifier_capacity = 40;
-        battery.dedicated_converter.inverter_efficiency = 95;
-        battery.dedicated_converter.rectifier_efficiency = 90;
         p.battery_list.push_back(std::move(battery));
 
         ConverterParameters converter;
@@ -99,7 +77,6 @@ SimulationParameters make_system(std::size_t count) {
         converter.rectifier_capacity = 60;
         converter.inverter_efficiency = 95;
         converter.rectifier_efficiency = 90;
-        converter.lifetime_in_years = 15;
         p.converter_list.push_back(std::move(converter));
 
         auto model = std::make_shared<RealTime>();
@@ -119,51 +96,29 @@ SimulationParameters make_system(std::size_t count) {
 
 SimulationState make_state(const SimulationParameters& parameters) {
     SimulationState s;
-    for (std::size_t i = 0; i < parameters.generator_list.size(); ++i) {
-        s.generator_list.push_back({parameters.generator_list[i].rated_capacity, 0.0, DISPATCH_DECIDES});
+    for (const GeneratorParameters& generator : parameters.generator_list) {
+        s.generator_list.push_back({generator.rated_capacity, 0.0, DISPATCH_DECIDES});
     }
-    for (std::size_t i = 0; i < parameters.pv_list.size(); ++i) {
-        s.pv_list.push_back({20.0, 0.0});
-    }
-    for (std::size_t i = 0; i < parameters.battery_list.size(); ++i) {
-        BatteryState battery;
-        battery.max_charge_power = 30;
-        battery.max_discharge_power = 35;
-        battery.state_of_charge_kwh = 120;
-        battery.state_of_charge_percent = 60;
-        battery.energy_cost = 0.02;
-        s.battery_list.push_back(battery);
-    }
-    for (std::size_t i = 0; i < parameters.primary_load_list.size(); ++i) {
-        s.primary_load_list.push_back({40.0, 0.0});
-    }
-    for (std::size_t i = 0; i < parameters.converter_list.size(); ++i) {
-        s.converter_list.push_back({});
-    }
-    for (std::size_t i = 0; i < parameters.flywheel_list.size(); ++i) {
-        s.flywheel_list.push_back({0, 0.0});
-    }
-    for (std::size_t i = 0; i < parameters.grid_list.size(); ++i) {
-        GridState grid;
-        grid.max_grid_purchases = 100;
-        grid.max_grid_sales = 50;
-        grid.power_price = 0.10;
-        grid.sellback_rate = 0.03;
-        s.grid_list.push_back(grid);
-    }
-    for (std::size_t i = 0; i < parameters.custom_component_list.size(); ++i) {
-        s.custom_component_list.push_back({10.0, 0.0});
-    }
-    for (std::size_t i = 0; i < parameters.wind_turbine_list.size(); ++i) {
-        s.wind_turbine_list.push_back({0.0, 12.0, DISPATCH_DECIDES});
-    }
-    double ac_load = 0;
-    for (const PrimaryLoadParameters& load : parameters.primary_load_list) {
-        ac_load += load.is_AC ? 40.0 : 0.0;
-    }
+    BatteryState battery;
+    battery.max_charge_power = 30;
+    battery.max_discharge_power = 35;
+    battery.state_of_charge_kwh = 120;
+    battery.state_of_charge_percent = 60;
+    battery.energy_cost = 0.02;
+    s.battery_list.assign(parameters.battery_list.size(), battery);
+    GridState grid;
+    grid.max_grid_purchases = 100;
+    grid.max_grid_sales = 50;
+    grid.power_price = 0.10;
+    grid.sellback_rate = 0.03;
+    s.grid_list.assign(parameters.grid_list.size(), grid);
+    s.pv_list.assign(parameters.pv_list.size(), {20.0, 0.0});
+    s.primary_load_list.assign(parameters.primary_load_list.size(), {40.0, 0.0});
+    s.converter_list.resize(parameters.converter_list.size());
+    s.wind_turbine_list.assign(parameters.wind_turbine_list.size(), {0.0, 12.0, DISPATCH_DECIDES});
+    const double ac_load = 40.0 * s.primary_load_list.size();  // every sample load is AC
     s.ac_bus.load_requested = ac_load;
     s.ac_bus.operating_capacity_requested = ac_load * 1.1;
-    s.current_timestep = 0;
     return s;
 }
 

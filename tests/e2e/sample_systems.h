@@ -25,7 +25,7 @@ void add_text_parameter(tamlo_dispatch::SimulationParameters& parameters, std::s
 // system: 2 generators, 1 PV, 1 wind turbine, 1 battery, 1 converter, 1 grid, 2 loads.
 tamlo_dispatch::SimulationParameters make_system(std::size_t count);
 
-// A first time step for `parameters`: availabilities, loads and limits, no decisions yet.
+// A first time step for a sample system: availabilities, loads and limits, no decisions yet.
 tamlo_dispatch::SimulationState make_state(const tamlo_dispatch::SimulationParameters& parameters);
 
 }  // namespace tamlo_samples
