@@ -112,21 +112,16 @@ private:
     void step(Bytes& b, const std::vector<Bytes>& pool) {
         static const uint64_t interesting[] = {0, 1, 2, 3, 63, 64, 255, 256, 0x7fffffff, 0x80000000, 0xffffffff,
                                                1ull << 28, 1ull << 32, 1ull << 62, 1ull << 63, ~0ull};
-        switch (below(b.empty() ? 1 : 5)) {
-            case 0: {  // insert a few random bytes
-                const size_t at = below(b.size() + 1), n = 1 + below(8);
-                for (size_t k = 0; k < n; ++k) b.insert(b.begin() + static_cast<long>(at), static_cast<unsigned char>(below(256)));
-                break;
-            }
-            case 1: b[below(b.size())] = static_cast<unsigned char>(below(256)); break;
-            case 2: {  // an interesting little-endian number of 1, 4 or 8 bytes
+        switch (b.empty() ? 3 : below(4)) {
+            case 0: b[below(b.size())] = static_cast<unsigned char>(below(256)); break;
+            case 1: {  // an interesting little-endian number of 1, 4 or 8 bytes
                 const size_t widths[] = {1, 4, 8};
                 const size_t width = widths[below(3)], at = below(b.size());
                 const uint64_t v = interesting[below(std::size(interesting))];
                 for (size_t k = 0; k < width && at + k < b.size(); ++k) b[at + k] = static_cast<unsigned char>(v >> (8 * k));
                 break;
             }
-            case 3: {  // erase a range
+            case 2: {  // erase a range
                 const size_t at = below(b.size()), n = 1 + below(std::min<size_t>(16, b.size() - at));
                 b.erase(b.begin() + static_cast<long>(at), b.begin() + static_cast<long>(at + n));
                 break;
@@ -178,8 +173,7 @@ int main(int argc, char** argv) {
         return 64;
     }
     const size_t seeds = pool.size();
-    size_t seeds_decoded = 0;
-    for (const Bytes& b : pool) seeds_decoded += run_one(b) ? 1 : 0;
+    for (const Bytes& b : pool) run_one(b);
 
     // Inputs that decode are kept as starting points, up to a bound: they reach deeper.
     constexpr size_t max_pool = 2000;
@@ -196,8 +190,8 @@ int main(int argc, char** argv) {
             }
         }
     }
-    std::printf("octave_codec_fuzz: seed %llu, %zu of %zu seeds decoded, %zu runs, %zu decoded, no findings\n",
-                static_cast<unsigned long long>(seed), seeds_decoded, seeds, runs, decoded);
+    std::printf("octave_codec_fuzz: seed %llu, %zu seeds, %zu runs, %zu decoded, no findings\n",
+                static_cast<unsigned long long>(seed), seeds, runs, decoded);
     std::fflush(stdout);
     ::_exit(0);  // tearing the interpreter down is slow and not needed
 }
