@@ -112,37 +112,25 @@ private:
     void step(Bytes& b, const std::vector<Bytes>& pool) {
         static const uint64_t interesting[] = {0, 1, 2, 3, 63, 64, 255, 256, 0x7fffffff, 0x80000000, 0xffffffff,
                                                1ull << 28, 1ull << 32, 1ull << 62, 1ull << 63, ~0ull};
-        switch (below(b.empty() ? 1 : 7)) {
-            case 0: {  // insert a few random bytes
-                const size_t at = below(b.size() + 1), n = 1 + below(8);
-                for (size_t k = 0; k < n; ++k) b.insert(b.begin() + static_cast<long>(at), static_cast<unsigned char>(below(256)));
-                break;
-            }
-            case 1: b[below(b.size())] ^= static_cast<unsigned char>(1u << below(8)); break;
-            case 2: b[below(b.size())] = static_cast<unsigned char>(below(256)); break;
-            case 3: {  // an interesting little-endian number of 1, 4 or 8 bytes
+        switch (b.empty() ? 3 : below(4)) {
+            case 0: b[below(b.size())] = static_cast<unsigned char>(below(256)); break;
+            case 1: {  // an interesting little-endian number of 1, 4 or 8 bytes
                 const size_t widths[] = {1, 4, 8};
                 const size_t width = widths[below(3)], at = below(b.size());
                 const uint64_t v = interesting[below(std::size(interesting))];
                 for (size_t k = 0; k < width && at + k < b.size(); ++k) b[at + k] = static_cast<unsigned char>(v >> (8 * k));
                 break;
             }
-            case 4: {  // erase a range
+            case 2: {  // erase a range
                 const size_t at = below(b.size()), n = 1 + below(std::min<size_t>(16, b.size() - at));
                 b.erase(b.begin() + static_cast<long>(at), b.begin() + static_cast<long>(at + n));
                 break;
             }
-            case 5: {  // copy a range of another input in
+            default: {  // copy a range of an input, this one's or another's, in
                 const Bytes& other = pool[below(pool.size())];
                 if (other.empty()) break;
-                const size_t from = below(other.size()), n = 1 + below(other.size() - from);
-                b.insert(b.begin() + static_cast<long>(below(b.size() + 1)), other.begin() + static_cast<long>(from),
-                         other.begin() + static_cast<long>(from + n));
-                break;
-            }
-            default: {  // repeat a range of itself
-                const size_t at = below(b.size()), n = 1 + below(std::min<size_t>(64, b.size() - at));
-                const Bytes piece(b.begin() + static_cast<long>(at), b.begin() + static_cast<long>(at + n));
+                const size_t from = below(other.size()), n = 1 + below(std::min<size_t>(64, other.size() - from));
+                const Bytes piece(other.begin() + static_cast<long>(from), other.begin() + static_cast<long>(from + n));
                 b.insert(b.begin() + static_cast<long>(below(b.size() + 1)), piece.begin(), piece.end());
                 break;
             }
@@ -185,8 +173,7 @@ int main(int argc, char** argv) {
         return 64;
     }
     const size_t seeds = pool.size();
-    size_t seeds_decoded = 0;
-    for (const Bytes& b : pool) seeds_decoded += run_one(b) ? 1 : 0;
+    for (const Bytes& b : pool) run_one(b);
 
     // Inputs that decode are kept as starting points, up to a bound: they reach deeper.
     constexpr size_t max_pool = 2000;
@@ -203,8 +190,8 @@ int main(int argc, char** argv) {
             }
         }
     }
-    std::printf("octave_codec_fuzz: seed %llu, %zu of %zu seeds decoded, %zu runs, %zu decoded, no findings\n",
-                static_cast<unsigned long long>(seed), seeds_decoded, seeds, runs, decoded);
+    std::printf("octave_codec_fuzz: seed %llu, %zu seeds, %zu runs, %zu decoded, no findings\n",
+                static_cast<unsigned long long>(seed), seeds, runs, decoded);
     std::fflush(stdout);
     ::_exit(0);  // tearing the interpreter down is slow and not needed
 }

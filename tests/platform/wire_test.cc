@@ -126,26 +126,6 @@ TEST(WireFaults, CorruptPayloadsGiveMessagesNamingTheFault) {
     }
 }
 
-TEST(WireFaults, EveryTruncationOfAValidFrameIsAnError) {
-    ArrayPtr s(mxCreateStructMatrix(2, 1, 0, nullptr));
-    mxAddField(s.get(), "zeta");
-    mxAddField(s.get(), "alpha");
-    mxSetField(s.get(), 0, "zeta", mxCreateDoubleScalar(1.5));
-    mxArray* cell = mxCreateCellMatrix(1, 2);
-    mxSetCell(cell, 0, mxCreateString("text"));
-    mxSetField(s.get(), 1, "alpha", cell);
-    mxSetField(s.get(), 1, "zeta", mxCreateLogicalMatrix(2, 1));
-    Writer w(Kind::value);
-    std::string error;
-    ASSERT_TRUE(put_mx_array(w, s.get(), error)) << error;
-    const std::string payload = w.finish().substr(header_length);
-    EXPECT_EQ(decode_error(payload), "");
-    for (size_t cut = 0; cut < payload.size(); ++cut) {
-        SCOPED_TRACE("cut at " + std::to_string(cut));
-        EXPECT_EQ(decode_error(payload.substr(0, cut)).rfind("truncated frame: ", 0), 0u);
-    }
-}
-
 std::string error_frame_with(const std::string& message) {
     Writer w(Kind::error);
     w.put_string(message);
