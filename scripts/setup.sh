@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(
   g++ cmake make pkg-config
   libgtest-dev libgmock-dev googletest libbenchmark-dev
-  octave liboctave-dev
+  octave liboctave-dev libjemalloc-dev
   nlohmann-json3-dev libcli11-dev gnuplot-nox
   valgrind
   lintian dpkg-dev g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64

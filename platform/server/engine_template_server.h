@@ -13,6 +13,10 @@ bool template_requested(int argc, char** argv);
 // template_fd ends.
 int serve_engine_forks(int template_fd);
 
+// In a fork at the end of its session: notes the pages of the template's memory it wrote, for
+// the next fork to copy at once. Does nothing in an engine that is not a fork.
+void remember_written_pages();
+
 }  // namespace tamlo::server
 
 #endif

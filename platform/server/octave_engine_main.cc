@@ -407,6 +407,7 @@ int main(int argc, char** argv) {
         // A template forks a fresh engine per open; only its forks go on to serve.
         Server server(interp, tamlo::server::template_requested(argc, argv) ? tamlo::server::serve_engine_forks(sock) : sock);
         status = server.run();
+        tamlo::server::remember_written_pages();
         ::close(sock);
         std::cout.flush();
         std::cerr.flush();
