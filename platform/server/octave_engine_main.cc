@@ -30,6 +30,11 @@
 #include "octave_codec.h"
 #include "wire_codec.h"
 
+// jemalloc's settings, when it is the allocator: huge pages make the interpreter's start cheaper
+// (each page first touched costs a fault); forks are unaffected.
+extern "C" const char* malloc_conf;
+const char* malloc_conf = "thp:always,metadata_thp:always";
+
 namespace {
 
 using tamlo::wire::Kind;
