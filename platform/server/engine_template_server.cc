@@ -14,8 +14,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <new>
-#include <vector>
 
 #include "frame_io.h"
 #include "wire_codec.h"
@@ -79,21 +79,25 @@ void remember_written_pages() {
     if (!is_fork) return;
     // Private writable mappings, and in them the pages present and this process's alone
     // (bits 63 and 56 of a pagemap entry): those it wrote, or that the template wrote since.
+    // Mappings larger than this only reserve address space (a sanitizer's shadow memory).
+    constexpr unsigned long largest_mapping = 1ul << 30;
     FILE* maps = std::fopen("/proc/self/maps", "re");
     const int pagemap = ::open("/proc/self/pagemap", O_RDONLY | O_CLOEXEC);
-    std::vector<std::uint64_t> entries;
+    std::uint64_t entries[512];
     std::uint32_t n = 0;
     unsigned long begin = 0, end = 0;
     char perms[8];
     while (maps != nullptr && pagemap >= 0 && n < max_learned_pages &&
            std::fscanf(maps, "%lx-%lx %7s %*[^\n]", &begin, &end, perms) == 3) {
-        if (perms[1] != 'w' || perms[3] != 'p') continue;
-        entries.resize((end - begin) / page_size);
-        const ssize_t got =
-            ::pread(pagemap, entries.data(), entries.size() * sizeof entries[0], static_cast<off_t>(begin / page_size * 8));
-        for (ssize_t k = 0; k < got / 8 && n < max_learned_pages; ++k) {
-            const std::uint64_t e = entries[static_cast<std::size_t>(k)];
-            if ((e >> 63 & 1) && (e >> 56 & 1)) learned->pages[n++] = begin + static_cast<std::uintptr_t>(k) * page_size;
+        if (perms[1] != 'w' || perms[3] != 'p' || end - begin > largest_mapping) continue;
+        for (unsigned long page = begin; page < end && n < max_learned_pages;) {
+            const std::size_t want = std::min<std::size_t>(std::size(entries), (end - page) / page_size);
+            const ssize_t got = ::pread(pagemap, entries, want * sizeof entries[0], static_cast<off_t>(page / page_size * 8));
+            if (got <= 0) break;
+            for (ssize_t k = 0; k < got / 8 && n < max_learned_pages; ++k, page += page_size) {
+                const std::uint64_t e = entries[k];
+                if ((e >> 63 & 1) && (e >> 56 & 1)) learned->pages[n++] = page;
+            }
         }
     }
     if (maps != nullptr) std::fclose(maps);
