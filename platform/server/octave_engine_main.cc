@@ -412,8 +412,8 @@ int main(int argc, char** argv) {
         // A template forks a fresh engine per open; only its forks go on to serve.
         Server server(interp, tamlo::server::template_requested(argc, argv) ? tamlo::server::serve_engine_forks(sock) : sock);
         status = server.run();
-        tamlo::server::remember_written_pages();
         ::close(sock);
+        tamlo::server::remember_written_pages();
         std::cout.flush();
         std::cerr.flush();
         // Tearing the interpreter down is slow and not needed: the process ends here.
