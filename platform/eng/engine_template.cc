@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <vector>
 
 #include "frame_io.h"
 #include "wire_codec.h"
@@ -83,11 +84,23 @@ private:
         ::posix_spawnattr_setsigmask(&attr, &none);
         ::posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
         std::string parent = std::to_string(::getpid());
+        // The template resolves every symbol of Octave's libraries as it starts, so that no fork
+        // binds one lazily (a search of Octave's symbol tables and a copied page each time). It
+        // removes the setting again before it forks, unless it was the caller's own.
+        std::vector<char*> env;
+        bool bind_now_set = false;
+        for (char** e = environ; *e != nullptr; ++e) {
+            bind_now_set = bind_now_set || std::strncmp(*e, "LD_BIND_NOW=", 12) == 0;
+            env.push_back(*e);
+        }
+        static char bind_now[] = "LD_BIND_NOW=1";
+        if (!bind_now_set) env.push_back(bind_now);
+        env.push_back(nullptr);
         char* argv[] = {const_cast<char*>(server.c_str()), const_cast<char*>("--fd"), const_cast<char*>("3"),
                         const_cast<char*>("--parent"), parent.data(), const_cast<char*>("--template"),
-                        const_cast<char*>("1"), nullptr};
+                        const_cast<char*>(bind_now_set ? "1" : "bind-now"), nullptr};
         pid_t pid = -1;
-        const int spawned = ::posix_spawn(&pid, server.c_str(), &actions, &attr, argv, environ);
+        const int spawned = ::posix_spawn(&pid, server.c_str(), &actions, &attr, argv, env.data());
         ::posix_spawn_file_actions_destroy(&actions);
         ::posix_spawnattr_destroy(&attr);
         ::close(sv[1]);

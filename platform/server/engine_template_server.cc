@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <new>
@@ -105,7 +106,12 @@ void remember_written_pages() {
     learned->count.store(n, std::memory_order_release);
 }
 
-int serve_engine_forks(int template_fd) {
+int serve_engine_forks(int template_fd, int argc, char** argv) {
+    // libeng bound the template's symbols at start for it ("--template bind-now"); the user's
+    // code must not inherit that setting.
+    for (int k = 1; k + 1 < argc; ++k) {
+        if (std::strcmp(argv[k], "--template") == 0 && std::strcmp(argv[k + 1], "bind-now") == 0) ::unsetenv("LD_BIND_NOW");
+    }
     // Forks are reaped by the system: the host that uses them is not their parent.
     ::signal(SIGCHLD, SIG_IGN);
     const pid_t template_pid = ::getpid();

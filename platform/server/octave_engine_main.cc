@@ -410,7 +410,7 @@ int main(int argc, char** argv) {
         // Tells the client that the interpreter is ready.
         if (!tamlo::wire::send_frame(sock, Writer(Kind::ok).finish())) ::_exit(0);
         // A template forks a fresh engine per open; only its forks go on to serve.
-        Server server(interp, tamlo::server::template_requested(argc, argv) ? tamlo::server::serve_engine_forks(sock) : sock);
+        Server server(interp, tamlo::server::template_requested(argc, argv) ? tamlo::server::serve_engine_forks(sock, argc, argv) : sock);
         status = server.run();
         ::close(sock);
         tamlo::server::remember_written_pages();
