@@ -41,7 +41,6 @@ struct LearnedPages {
     std::uintptr_t pages[max_learned_pages];
 };
 LearnedPages* learned = nullptr;  // shared by the template and all its forks
-bool is_fork = false;
 
 void copy_learned_pages() {
     const std::uint32_t n = std::min(learned->count.load(std::memory_order_acquire), max_learned_pages);
@@ -67,17 +66,25 @@ bool send_pid(int template_fd, std::int32_t pid) {
     return true;
 }
 
+// The value of "--template" on the command line, or null.
+const char* template_option(int argc, char** argv) {
+    for (int k = 1; k + 1 < argc; ++k) {
+        if (std::strcmp(argv[k], "--template") == 0) return argv[k + 1];
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 bool template_requested(int argc, char** argv) {
-    for (int k = 1; k + 1 < argc; ++k) {
-        if (std::strcmp(argv[k], "--template") == 0) return std::strcmp(argv[k + 1], "0") != 0;
-    }
-    return false;
+    const char* value = template_option(argc, argv);
+    return value != nullptr && std::strcmp(value, "0") != 0;
 }
 
 void remember_written_pages() {
-    if (!is_fork) return;
+    // Only a fork learns: the template never returns from serve_engine_forks, and an engine
+    // started on its own has no shared list.
+    if (learned == nullptr) return;
     // Private writable mappings, and in them the pages present and this process's alone
     // (bits 63 and 56 of a pagemap entry): those it wrote, or that the template wrote since.
     // Mappings larger than this only reserve address space (a sanitizer's shadow memory).
@@ -109,9 +116,8 @@ void remember_written_pages() {
 int serve_engine_forks(int template_fd, int argc, char** argv) {
     // libeng bound the template's symbols at start for it ("--template bind-now"); the user's
     // code must not inherit that setting.
-    for (int k = 1; k + 1 < argc; ++k) {
-        if (std::strcmp(argv[k], "--template") == 0 && std::strcmp(argv[k + 1], "bind-now") == 0) ::unsetenv("LD_BIND_NOW");
-    }
+    const char* value = template_option(argc, argv);
+    if (value != nullptr && std::strcmp(value, "bind-now") == 0) ::unsetenv("LD_BIND_NOW");
     // Forks are reaped by the system: the host that uses them is not their parent.
     ::signal(SIGCHLD, SIG_IGN);
     const pid_t template_pid = ::getpid();
@@ -126,8 +132,7 @@ int serve_engine_forks(int template_fd, int argc, char** argv) {
         }
         const pid_t pid = ::fork();
         if (pid == 0) {
-            is_fork = learned != nullptr;
-            if (is_fork) copy_learned_pages();
+            if (learned != nullptr) copy_learned_pages();
             ::close(template_fd);
             // The user's code may wait for its own children (system, popen).
             ::signal(SIGCHLD, SIG_DFL);
