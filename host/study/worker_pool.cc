@@ -8,10 +8,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <sched.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <optional>
+#include <deque>
 
 #include "input_error.h"
 
@@ -24,10 +27,31 @@ struct Worker {
     int to_worker = -1;    // its standard input
     int from_worker = -1;  // its standard output
     std::string received;
-    std::optional<std::size_t> folder;  // the folder it is running
+    std::deque<std::size_t> folders;  // handed over and not yet done; it runs the first
+    int core = -1;                    // the one core it and its engines run on, or -1
 };
 
-Worker start_worker(const WorkerCommand& command) {
+// A worker holds its next folder while it runs one, so that it goes on without waiting for the
+// study to take its reply.
+constexpr std::size_t folders_ahead = 2;
+
+// With one worker for each core the study may use, each worker and the engines it starts keep to
+// a core of their own: a worker and its engine wake each other thousands of times a case, and
+// waking a process on another core costs more than the work between, on virtual machines most.
+// With fewer workers the system places them, and leaves the other cores to other work.
+std::vector<int> cores_to_pin(std::size_t jobs) {
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    if (::sched_getaffinity(0, sizeof set, &set) != 0) return {};
+    std::vector<int> cores;
+    for (int c = 0; c < CPU_SETSIZE; ++c) {
+        if (CPU_ISSET(c, &set)) cores.push_back(c);
+    }
+    if (cores.size() != jobs) return {};
+    return cores;
+}
+
+Worker start_worker(const WorkerCommand& command, int core) {
     int in[2], out[2];
     if (::pipe2(in, O_CLOEXEC) != 0) throw InputError(std::string("cannot make a pipe: ") + std::strerror(errno));
     if (::pipe2(out, O_CLOEXEC) != 0) {
@@ -45,6 +69,12 @@ Worker start_worker(const WorkerCommand& command) {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (::getppid() != parent) ::_exit(127);
         ::signal(SIGPIPE, SIG_DFL);
+        if (core >= 0) {
+            cpu_set_t set;
+            CPU_ZERO(&set);
+            CPU_SET(core, &set);
+            ::sched_setaffinity(0, sizeof set, &set);
+        }
         ::dup2(in[0], STDIN_FILENO);
         ::dup2(out[1], STDOUT_FILENO);
         ::execv(command.program.c_str(), argv.data());
@@ -59,6 +89,7 @@ Worker start_worker(const WorkerCommand& command) {
     }
     Worker w;
     w.pid = pid;
+    w.core = core;
     w.to_worker = in[1];
     w.from_worker = out[0];
     return w;
@@ -96,19 +127,35 @@ void run_on_workers(const WorkerCommand& command, std::size_t jobs, const std::v
     ignore.sa_handler = SIG_IGN;
     ::sigaction(SIGPIPE, &ignore, &previous);
 
+    const std::vector<int> cores = cores_to_pin(jobs);
+    auto free_core = [&](const std::vector<Worker>& running) {
+        for (const int c : cores) {
+            if (std::none_of(running.begin(), running.end(), [c](const Worker& w) { return w.core == c; })) return c;
+        }
+        return -1;
+    };
     std::vector<Worker> workers;
     std::size_t next = 0;
+    std::deque<std::size_t> handed_back;  // held by a worker that died before it began them
     std::size_t finished = 0;
+    auto waiting = [&] { return handed_back.size() + (folders.size() - next); };
     auto give_work = [&](Worker& w) {
-        while (next < folders.size() && !w.folder) {
-            const std::size_t index = next++;
-            w.folder = index;
+        // Near the end each worker holds one folder only, so that none waits behind a long case.
+        while (waiting() > 0 && (w.folders.empty() || (w.folders.size() < folders_ahead && waiting() >= jobs))) {
+            std::size_t index = 0;
+            if (!handed_back.empty()) {
+                index = handed_back.front();
+                handed_back.pop_front();
+            } else {
+                index = next++;
+            }
+            w.folders.push_back(index);
             if (!hand_over(w, folders[index])) return;  // the read side reports the death
         }
     };
     while (finished < folders.size()) {
-        while (workers.size() < jobs && next < folders.size()) {
-            workers.push_back(start_worker(command));
+        while (workers.size() < jobs && waiting() > 0) {
+            workers.push_back(start_worker(command, free_core(workers)));
             give_work(workers.back());
         }
         std::vector<pollfd> fds;
@@ -128,23 +175,24 @@ void run_on_workers(const WorkerCommand& command, std::size_t jobs, const std::v
                 std::string::size_type eol;
                 while ((eol = w.received.find('\n')) != std::string::npos) {
                     w.received.erase(0, eol + 1);
-                    if (!w.folder) continue;
-                    const std::size_t index = *w.folder;
-                    w.folder.reset();
+                    if (w.folders.empty()) continue;
+                    const std::size_t index = w.folders.front();
+                    w.folders.pop_front();
                     ++finished;
                     done(index, {});
                     give_work(w);
                 }
-                if (!w.folder && next >= folders.size()) {
+                if (w.folders.empty() && waiting() == 0) {
                     reap(w);  // closing its input lets it leave
                     workers.erase(workers.begin() + static_cast<std::ptrdiff_t>(k));
                 }
                 continue;
             }
             const std::string death = reap(w);
-            if (w.folder) {
+            if (!w.folders.empty()) {
                 ++finished;
-                done(*w.folder, death);
+                done(w.folders.front(), death);
+                handed_back.insert(handed_back.begin(), w.folders.begin() + 1, w.folders.end());
             }
             workers.erase(workers.begin() + static_cast<std::ptrdiff_t>(k));
         }

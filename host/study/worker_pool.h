@@ -1,5 +1,5 @@
-// Worker processes of a study: starts them, hands each one case folder at a time, and starts a
-// new worker in place of one that dies.
+// Worker processes of a study: starts them, hands each its case folders (one running, one
+// waiting), and starts a new worker in place of one that dies.
 #ifndef TAMLO_HOST_WORKER_POOL_H
 #define TAMLO_HOST_WORKER_POOL_H
 
