@@ -39,9 +39,15 @@ constexpr std::size_t page_size = 4096;
 constexpr std::uint32_t max_learned_pages = 16383;
 struct LearnedPages {
     std::atomic<std::uint32_t> count;
+    std::atomic<std::uint32_t> forks;  // forks so far, this one included
     std::uintptr_t pages[max_learned_pages];
 };
 LearnedPages* learned = nullptr;  // shared by the template and all its forks
+
+// The template does not change between forks, so the list settles after a few: later forks
+// only check it now and then, and spare their ends the reading of their page map.
+bool learns(std::uint32_t fork_number) { return fork_number <= 4 || fork_number % 16 == 0; }
+bool this_fork_learns = false;
 
 void copy_learned_pages() {
     const std::uint32_t n = std::min(learned->count.load(std::memory_order_acquire), max_learned_pages);
@@ -148,9 +154,9 @@ bool template_requested(int argc, char** argv) {
 }
 
 void remember_written_pages() {
-    // Only a fork learns: the template never returns from serve_engine_forks, and an engine
+    // Only some forks learn: the template never returns from serve_engine_forks, and an engine
     // started on its own has no shared list.
-    if (learned == nullptr) return;
+    if (learned == nullptr || !this_fork_learns) return;
     // Private writable mappings, and in them the pages present and this process's alone
     // (bits 63 and 56 of a pagemap entry): those it wrote, or that the template wrote since.
     // Mappings larger than this only reserve address space (a sanitizer's shadow memory).
@@ -199,7 +205,10 @@ int serve_engine_forks(int template_fd, int argc, char** argv) {
         }
         const pid_t pid = ::fork();
         if (pid == 0) {
-            if (learned != nullptr) copy_learned_pages();
+            if (learned != nullptr) {
+                this_fork_learns = learns(learned->forks.fetch_add(1) + 1);
+                copy_learned_pages();
+            }
             ::close(template_fd);
             // The user's code may wait for its own children (system, popen).
             ::signal(SIGCHLD, SIG_DFL);
