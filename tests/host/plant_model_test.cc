@@ -130,11 +130,16 @@ Scenario small_scenario() {
     return s;
 }
 
-TEST(PlantModel, FillsLoadsRenewablesReservesBatteryAndGridFromTheScenario) {
+// The small scenario's plant, with its first time step filled in.
+class SmallPlant : public ::testing::Test {
+protected:
+    void SetUp() override { plant.fill_state(0, state); }
     const Scenario s = small_scenario();
-    PlantModel plant(s);
+    PlantModel plant{s};
     SimulationState state;
-    plant.fill_state(0, state);
+};
+
+TEST_F(SmallPlant, FillsLoadsRenewablesReservesBatteryAndGridFromTheScenario) {
     EXPECT_DOUBLE_EQ(state.ac_bus.load_requested, 50);
     EXPECT_DOUBLE_EQ(state.dc_bus.load_requested, 5);
     EXPECT_DOUBLE_EQ(state.pv_list[0].power_available, 20);
@@ -166,11 +171,7 @@ TEST(PlantModel, FillsLoadsRenewablesReservesBatteryAndGridFromTheScenario) {
     EXPECT_DOUBLE_EQ(state.grid_list[0].power_price, 0.3);
 }
 
-TEST(PlantModel, LimitsBatterySetPointsEvenSlightlyOverAndCountsThem) {
-    const Scenario s = small_scenario();
-    PlantModel plant(s);
-    SimulationState state;
-    plant.fill_state(0, state);
+TEST_F(SmallPlant, LimitsBatterySetPointsEvenSlightlyOverAndCountsThem) {
     state.battery_list[0].power_setpoint = -16.1;  // the limit is 16
     const StepOutcome outcome = plant.apply(state);
     EXPECT_EQ(outcome.battery_setpoints_limited, 1u);
@@ -178,12 +179,9 @@ TEST(PlantModel, LimitsBatterySetPointsEvenSlightlyOverAndCountsThem) {
     EXPECT_DOUBLE_EQ(plant.battery_soc(0), 20);
 }
 
-TEST(PlantModel, NonFiniteDecisionsKeepChargeFuelAndBooksFinite) {
-    const Scenario s = small_scenario();
-    PlantModel plant(s);
+TEST_F(SmallPlant, NonFiniteDecisionsKeepChargeFuelAndBooksFinite) {
     RunOutcome outcome(1);
     outcome.steps_run = 2;
-    SimulationState state;
     for (std::size_t t = 0; t < 2; ++t) {
         plant.fill_state(t, state);
         state.generator_list[0].power_setpoint = std::nan("");
@@ -201,11 +199,7 @@ TEST(PlantModel, NonFiniteDecisionsKeepChargeFuelAndBooksFinite) {
         << summary;
 }
 
-TEST(PlantModel, ForcesGeneratorOnForMinimumRuntimeThenOffWhenFuelIsSpent) {
-    const Scenario s = small_scenario();
-    PlantModel plant(s);
-    SimulationState state;
-    plant.fill_state(0, state);
+TEST_F(SmallPlant, ForcesGeneratorOnForMinimumRuntimeThenOffWhenFuelIsSpent) {
     EXPECT_EQ(state.generator_list[0].current_state, DISPATCH_DECIDES);
     EXPECT_DOUBLE_EQ(state.generator_list[0].power_available, 30);
     state.generator_list[0].power_setpoint = 0.5;  // burns 0.5 of the 1 unit of fuel

@@ -196,7 +196,6 @@ TEST_F(OneEngine, CapturesEverythingPrintedInOrder) {
         {"parse error", "a = [1 2", "error: parse error:\n\n  syntax error\n\n\n"},
         {"waiting for a key", "keyboard", "error: keyboard" + no_terminal},
         {"only line feeds", "fprintf('\\n\\n')", "\n\n"},
-        {"cd to a missing folder", "cd('/no/such/folder/xyz');", "error: /no/such/folder/xyz: No such file or directory\n"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);

@@ -17,15 +17,11 @@ inline std::string row_name_from(std::string text, std::size_t index) {
     return std::to_string(index) + "_" + text;
 }
 
-// Rows with a `name` member are named after it; others by position.
+// Rows are named after their `name` member.
 struct RowName {
     template <typename Row>
     std::string operator()(const ::testing::TestParamInfo<Row>& info) const {
-        if constexpr (requires { info.param.name; }) {
-            return row_name_from(info.param.name, info.index);
-        } else {
-            return std::to_string(info.index);
-        }
+        return row_name_from(info.param.name, info.index);
     }
 };
 
