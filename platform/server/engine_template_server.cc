@@ -97,6 +97,13 @@ void move_to_huge_pages(unsigned long begin, unsigned long end, int prot) {
 }
 
 void move_code_to_huge_pages() {
+    // Without huge pages the copies would only cost memory.
+    char thp[64] = "";
+    if (FILE* f = std::fopen("/sys/kernel/mm/transparent_hugepage/enabled", "re")) {
+        if (std::fgets(thp, sizeof thp, f) == nullptr) thp[0] = '\0';
+        std::fclose(f);
+    }
+    if (thp[0] == '\0' || std::strstr(thp, "[never]") != nullptr) return;
     struct Piece {
         unsigned long begin, end;
         int prot;
