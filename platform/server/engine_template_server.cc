@@ -62,6 +62,40 @@ void copy_learned_pages() {
     }
 }
 
+// One mapping of this process, as /proc/self/maps lists it.
+struct Mapping {
+    unsigned long begin = 0, end = 0;
+    char perms[8] = "";  // "r-xp"
+    bool named_by_path = false;
+};
+
+// Calls visit(mapping, pagemap) for each mapping of this process in address order, with the
+// process's page map open; stops when visit returns false. Visits nothing when either cannot be
+// opened.
+template <typename Visit>
+void for_each_mapping(Visit visit) {
+    FILE* maps = std::fopen("/proc/self/maps", "re");
+    const int pagemap = ::open("/proc/self/pagemap", O_RDONLY | O_CLOEXEC);
+    Mapping m;
+    char path[2];
+    for (;;) {
+        if (maps == nullptr || pagemap < 0) break;
+        const int read = std::fscanf(maps, "%lx-%lx %7s %*s %*s %*s%*[ ]%1[^\n]%*[^\n]", &m.begin, &m.end, m.perms, path);
+        if (read < 3) break;
+        m.named_by_path = read == 4 && path[0] == '/';
+        if (!visit(static_cast<const Mapping&>(m), pagemap)) break;
+    }
+    if (maps != nullptr) std::fclose(maps);
+    if (pagemap >= 0) ::close(pagemap);
+}
+
+// The page map entries of up to count pages from address on; how many it read.
+std::size_t read_page_map(int pagemap, unsigned long address, std::uint64_t* entries, std::size_t count) {
+    const ssize_t got = ::pread(pagemap, entries, count * sizeof *entries,
+                                static_cast<off_t>(address / page_size * sizeof *entries));
+    return got > 0 ? static_cast<std::size_t>(got) / sizeof *entries : 0;
+}
+
 // The template's code and constant data, moved onto huge pages. A fork shares the template's
 // page tables for anonymous huge pages and needs no fault to read them, where it faults on each
 // small page of a mapped file it touches: about a fifth of a warm engine's time on machines
@@ -71,8 +105,7 @@ constexpr unsigned long huge_page_size = 2ul << 20;
 
 bool mostly_used(int pagemap, unsigned long piece) {
     std::uint64_t entries[huge_page_size / page_size];
-    if (::pread(pagemap, entries, sizeof entries, static_cast<off_t>(piece / page_size * 8)) != sizeof entries)
-        return false;
+    if (read_page_map(pagemap, piece, entries, std::size(entries)) != std::size(entries)) return false;
     std::size_t present = 0;
     for (const std::uint64_t e : entries) present += e >> 63;
     return present * 8 >= std::size(entries);
@@ -109,18 +142,11 @@ void move_code_to_huge_pages() {
         int prot;
     };
     std::vector<Piece> pieces;
-    FILE* maps = std::fopen("/proc/self/maps", "re");
-    const int pagemap = ::open("/proc/self/pagemap", O_RDONLY | O_CLOEXEC);
-    char line[512];
-    while (maps != nullptr && pagemap >= 0 && std::fgets(line, sizeof line, maps) != nullptr) {
-        unsigned long begin = 0, end = 0;
-        char perms[8], path[2];
+    for_each_mapping([&](const Mapping& m, int pagemap) {
         // Private, readable, not writable, and named by a file's path.
-        if (std::sscanf(line, "%lx-%lx %7s %*s %*s %*s %1s", &begin, &end, perms, path) != 4 || path[0] != '/' ||
-            perms[0] != 'r' || perms[1] == 'w' || perms[3] != 'p')
-            continue;
-        const int prot = PROT_READ | (perms[2] == 'x' ? PROT_EXEC : 0);
-        for (unsigned long piece = (begin + huge_page_size - 1) & ~(huge_page_size - 1); piece + huge_page_size <= end;
+        if (!m.named_by_path || m.perms[0] != 'r' || m.perms[1] == 'w' || m.perms[3] != 'p') return true;
+        const int prot = PROT_READ | (m.perms[2] == 'x' ? PROT_EXEC : 0);
+        for (unsigned long piece = (m.begin + huge_page_size - 1) & ~(huge_page_size - 1); piece + huge_page_size <= m.end;
              piece += huge_page_size) {
             if (!mostly_used(pagemap, piece)) continue;
             if (!pieces.empty() && pieces.back().end == piece && pieces.back().prot == prot)
@@ -128,9 +154,8 @@ void move_code_to_huge_pages() {
             else
                 pieces.push_back({piece, piece + huge_page_size, prot});
         }
-    }
-    if (maps != nullptr) std::fclose(maps);
-    if (pagemap >= 0) ::close(pagemap);
+        return true;
+    });
     for (const Piece& p : pieces) move_to_huge_pages(p.begin, p.end, p.prot);
 }
 
@@ -161,34 +186,27 @@ bool template_requested(int argc, char** argv) {
 }
 
 void remember_written_pages() {
-    // Only some forks learn: the template never returns from serve_engine_forks, and an engine
-    // started on its own has no shared list.
-    if (learned == nullptr || !this_fork_learns) return;
+    // Only some forks learn (this_fork_learns is set in a fork of a template with a shared list):
+    // the template never returns from serve_engine_forks, and an engine started on its own has none.
+    if (!this_fork_learns) return;
     // Private writable mappings, and in them the pages present and this process's alone
     // (bits 63 and 56 of a pagemap entry): those it wrote, or that the template wrote since.
     // Mappings larger than this only reserve address space (a sanitizer's shadow memory).
     constexpr unsigned long largest_mapping = 1ul << 30;
-    FILE* maps = std::fopen("/proc/self/maps", "re");
-    const int pagemap = ::open("/proc/self/pagemap", O_RDONLY | O_CLOEXEC);
     std::uint64_t entries[512];
     std::uint32_t n = 0;
-    unsigned long begin = 0, end = 0;
-    char perms[8];
-    while (maps != nullptr && pagemap >= 0 && n < max_learned_pages &&
-           std::fscanf(maps, "%lx-%lx %7s %*[^\n]", &begin, &end, perms) == 3) {
-        if (perms[1] != 'w' || perms[3] != 'p' || end - begin > largest_mapping) continue;
-        for (unsigned long page = begin; page < end && n < max_learned_pages;) {
-            const std::size_t want = std::min<std::size_t>(std::size(entries), (end - page) / page_size);
-            const ssize_t got = ::pread(pagemap, entries, want * sizeof entries[0], static_cast<off_t>(page / page_size * 8));
-            if (got <= 0) break;
-            for (ssize_t k = 0; k < got / 8 && n < max_learned_pages; ++k, page += page_size) {
-                const std::uint64_t e = entries[k];
-                if ((e >> 63 & 1) && (e >> 56 & 1)) learned->pages[n++] = page;
+    for_each_mapping([&](const Mapping& m, int pagemap) {
+        if (m.perms[1] != 'w' || m.perms[3] != 'p' || m.end - m.begin > largest_mapping) return true;
+        for (unsigned long page = m.begin; page < m.end && n < max_learned_pages;) {
+            const std::size_t got = read_page_map(
+                pagemap, page, entries, std::min<std::size_t>(std::size(entries), (m.end - page) / page_size));
+            if (got == 0) break;
+            for (std::size_t k = 0; k < got && n < max_learned_pages; ++k, page += page_size) {
+                if ((entries[k] >> 63 & 1) && (entries[k] >> 56 & 1)) learned->pages[n++] = page;
             }
         }
-    }
-    if (maps != nullptr) std::fclose(maps);
-    if (pagemap >= 0) ::close(pagemap);
+        return n < max_learned_pages;
+    });
     learned->count.store(n, std::memory_order_release);
 }
 
