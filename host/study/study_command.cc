@@ -1,7 +1,6 @@
 // The study command: expand, skip what is done, run the rest on workers, then summarise.
 #include "study_command.h"
 
-#include <sched.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -144,8 +143,7 @@ int run_study(const StudyOptions& options) {
 }  // namespace
 
 std::size_t available_cores() {
-    cpu_set_t set;
-    if (::sched_getaffinity(0, sizeof set, &set) == 0 && CPU_COUNT(&set) > 0) return CPU_COUNT(&set);
+    if (const std::size_t allowed = allowed_cores().size(); allowed > 0) return allowed;
     const unsigned n = std::thread::hardware_concurrency();
     return n > 0 ? n : 1;
 }

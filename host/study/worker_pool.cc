@@ -40,13 +40,7 @@ constexpr std::size_t folders_ahead = 2;
 // waking a process on another core costs more than the work between, on virtual machines most.
 // With fewer workers the system places them, and leaves the other cores to other work.
 std::vector<int> cores_to_pin(std::size_t jobs) {
-    cpu_set_t set;
-    CPU_ZERO(&set);
-    if (::sched_getaffinity(0, sizeof set, &set) != 0) return {};
-    std::vector<int> cores;
-    for (int c = 0; c < CPU_SETSIZE; ++c) {
-        if (CPU_ISSET(c, &set)) cores.push_back(c);
-    }
+    std::vector<int> cores = allowed_cores();
     if (cores.size() != jobs) return {};
     return cores;
 }
@@ -119,6 +113,17 @@ bool hand_over(Worker& w, const std::string& folder) {
 }
 
 }  // namespace
+
+std::vector<int> allowed_cores() {
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    if (::sched_getaffinity(0, sizeof set, &set) != 0) return {};
+    std::vector<int> cores;
+    for (int c = 0; c < CPU_SETSIZE; ++c) {
+        if (CPU_ISSET(c, &set)) cores.push_back(c);
+    }
+    return cores;
+}
 
 void run_on_workers(const WorkerCommand& command, std::size_t jobs, const std::vector<std::string>& folders,
                     const FolderDone& done) {
