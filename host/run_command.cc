@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 
+#include "core_placement.h"
 #include "extension_library.h"
 #include "input_error.h"
 #include "message_text.h"
@@ -39,6 +40,7 @@ struct RunOptions {
     std::string summary_file;
     std::string call_timeout;
     bool quiet = false;
+    bool any_core = false;  // let the system move the run and its engine between cores
 };
 
 std::uint64_t whole(const std::string& text) {
@@ -91,6 +93,8 @@ int run(const RunOptions& options) {
         if (!file.empty()) taken.push_back({file, std::string("the ") + option + " file"});
     }
 
+    // Before the engine starts, which keeps to the same core.
+    if (!options.any_core) keep_to_current_core();
     const std::string library_path = options.extension.empty() ? find_default_extension() : options.extension;
     ExtensionLibrary library(library_path);
     double timeout = 0;
@@ -217,6 +221,9 @@ Command add_run_command(CLI::App& app) {
         ->type_name("SECONDS")
         ->check(call_timeout_seconds);
     run_app->add_flag("--quiet", options->quiet, "No progress bar");
+    run_app->add_flag("--any-core", options->any_core,
+                      "Let the system move the run and its engine between cores (by default both keep to the core "
+                      "the run starts on)");
     return {run_app, [options] { return run(*options); }, nullptr, nullptr};
 }
 

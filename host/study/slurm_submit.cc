@@ -58,6 +58,7 @@ std::string slurm_job_script(const StudyOptions& options, const std::string& pro
         std::snprintf(text, sizeof text, "%.17g", options.call_timeout);
         s += " --call-timeout " + std::string(text);
     }
+    if (options.any_core) s += " --any-core";
     s += " --quiet\n";
     return s;
 }

@@ -8,6 +8,7 @@
 #include <iostream>
 #include <thread>
 
+#include "core_placement.h"
 #include "input_error.h"
 #include "slurm_submit.h"
 #include "study_cases.h"
@@ -113,6 +114,7 @@ int run_study(const StudyOptions& options) {
     WorkerOptions worker;
     worker.extension = options.extension.empty() ? std::string() : fs::absolute(options.extension).string();
     worker.call_timeout = options.call_timeout;
+    worker.any_core = options.any_core;
     WorkerCommand command;
     command.program = this_program();
     command.argv = {command.program, "study-worker"};
@@ -120,7 +122,7 @@ int run_study(const StudyOptions& options) {
 
     const std::size_t jobs = options.jobs > 0 ? options.jobs : available_cores();
     StudyProgress progress(stderr, !options.quiet, covered - pending.size(), covered);
-    run_on_workers(command, jobs, staging, [&](std::size_t k, const std::string& death) {
+    run_on_workers(command, jobs, !options.any_core, staging, [&](std::size_t k, const std::string& death) {
         record_missing_result(staging[k], death);
         folder.commit(staging[k], cases[pending[k]]);
         const std::optional<CaseResult> result = folder.finished(cases[pending[k]]);

@@ -32,6 +32,7 @@ struct StudyOptions {
     std::string extension;            // empty: the default places
     double call_timeout = 0.0;        // seconds per engine call, 0 for none
     bool quiet = false;               // no progress
+    bool any_core = false;            // no worker keeps to a core
 };
 
 // "K/M" with 1 <= K <= M; throws InputError.

@@ -34,6 +34,8 @@ Command add_study_command(CLI::App& app) {
         ->check(call_timeout_seconds);
     study->add_flag("--collect", options->collect, "Run nothing: build the summary from what DIR holds");
     study->add_flag("--quiet", options->quiet, "No progress");
+    study->add_flag("--any-core", options->any_core,
+                    "Let the system move workers and their engines between cores (by default each keeps to one)");
     study->add_flag("--slurm", options->slurm,
                     "Submit a Slurm job array through sbatch instead of running here; every word after --slurm "
                     "goes to sbatch");

@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "case_result.h"
+#include "core_placement.h"
 #include "extension_library.h"
 #include "input_error.h"
 #include "report.h"
@@ -58,6 +59,7 @@ std::vector<std::string> worker_arguments(const WorkerOptions& options) {
         std::snprintf(text, sizeof text, "%.17g", options.call_timeout);
         args.insert(args.end(), {"--call-timeout", text});
     }
+    if (options.any_core) args.push_back("--any-core");
     return args;
 }
 
@@ -73,6 +75,8 @@ WorkerOptions parse_worker_arguments(const std::vector<std::string>& args) {
             if (end == args[i].c_str() || *end != '\0' || !(options.call_timeout >= 0.0)) {
                 throw InputError("study-worker: --call-timeout: expected seconds, found \"" + args[i] + "\"");
             }
+        } else if (args[i] == "--any-core") {
+            options.any_core = true;
         } else {
             throw InputError("study-worker: unexpected argument \"" + args[i] + "\"");
         }
@@ -83,6 +87,8 @@ WorkerOptions parse_worker_arguments(const std::vector<std::string>& args) {
 int run_study_worker(const std::vector<std::string>& args) {
     try {
         const WorkerOptions options = parse_worker_arguments(args);
+        // Unless the study gave it a core already; its engines start from here and keep to it too.
+        if (!options.any_core) keep_to_current_core();
         // Warm engines from our libeng unless the user turned them off (TAMLO_ENG_WARM=0).
         ::setenv("TAMLO_ENG_WARM", "1", 0);
         ExtensionLibrary library(options.extension.empty() ? find_default_extension() : options.extension);

@@ -8,14 +8,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <sched.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <deque>
 
+#include "core_placement.h"
 #include "input_error.h"
 
 namespace tamlo_host {
@@ -36,10 +35,9 @@ struct Worker {
 constexpr std::size_t folders_ahead = 2;
 
 // With one worker for each core the study may use, each worker and the engines it starts keep to
-// a core of their own: a worker and its engine wake each other thousands of times a case, and
-// waking a process on another core costs more than the work between, on virtual machines most.
-// With fewer workers the system places them, and leaves the other cores to other work.
-std::vector<int> cores_to_pin(std::size_t jobs) {
+// a core of their own. With fewer, each worker keeps to the core the system started it on.
+std::vector<int> cores_to_pin(std::size_t jobs, bool pin) {
+    if (!pin) return {};
     std::vector<int> cores = allowed_cores();
     if (cores.size() != jobs) return {};
     return cores;
@@ -63,12 +61,7 @@ Worker start_worker(const WorkerCommand& command, int core) {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (::getppid() != parent) ::_exit(127);
         ::signal(SIGPIPE, SIG_DFL);
-        if (core >= 0) {
-            cpu_set_t set;
-            CPU_ZERO(&set);
-            CPU_SET(core, &set);
-            ::sched_setaffinity(0, sizeof set, &set);
-        }
+        if (core >= 0) keep_to_core(core);
         ::dup2(in[0], STDIN_FILENO);
         ::dup2(out[1], STDOUT_FILENO);
         ::execv(command.program.c_str(), argv.data());
@@ -114,25 +107,14 @@ bool hand_over(Worker& w, const std::string& folder) {
 
 }  // namespace
 
-std::vector<int> allowed_cores() {
-    cpu_set_t set;
-    CPU_ZERO(&set);
-    if (::sched_getaffinity(0, sizeof set, &set) != 0) return {};
-    std::vector<int> cores;
-    for (int c = 0; c < CPU_SETSIZE; ++c) {
-        if (CPU_ISSET(c, &set)) cores.push_back(c);
-    }
-    return cores;
-}
-
-void run_on_workers(const WorkerCommand& command, std::size_t jobs, const std::vector<std::string>& folders,
+void run_on_workers(const WorkerCommand& command, std::size_t jobs, bool pin, const std::vector<std::string>& folders,
                     const FolderDone& done) {
     // A worker that dies mid-write must not take the study with it.
     struct sigaction ignore {}, previous{};
     ignore.sa_handler = SIG_IGN;
     ::sigaction(SIGPIPE, &ignore, &previous);
 
-    const std::vector<int> cores = cores_to_pin(jobs);
+    const std::vector<int> cores = cores_to_pin(jobs, pin);
     auto free_core = [&](const std::vector<Worker>& running) {
         for (const int c : cores) {
             if (std::none_of(running.begin(), running.end(), [c](const Worker& w) { return w.core == c; })) return c;

@@ -20,11 +20,9 @@ struct WorkerCommand {
 // ("worker died: signal 11") while holding that folder.
 using FolderDone = std::function<void(std::size_t index, const std::string& death)>;
 
-// The cores this process may run on, in order; empty when the system does not say.
-std::vector<int> allowed_cores();
-
-// Runs every folder on at most jobs workers at once; returns when all are done.
-void run_on_workers(const WorkerCommand& command, std::size_t jobs, const std::vector<std::string>& folders,
+// Runs every folder on at most jobs workers at once; returns when all are done. With one worker
+// for each core and pin set, each worker keeps to a core of its own.
+void run_on_workers(const WorkerCommand& command, std::size_t jobs, bool pin, const std::vector<std::string>& folders,
                     const FolderDone& done);
 
 }  // namespace tamlo_host
