@@ -1,7 +1,10 @@
 // The example year (8760 hourly steps) end to end, engine start included, split per step
-// into plant (series, books), extension (marshalling, validation, waiting) and engine CPU.
+// into plant (series, books), extension (marshalling, validation, waiting) and engine CPU; the
+// minimal strategy's year also with the run and its engine kept to one core, as dispatch-bench
+// run keeps them, and the speed-up that gives.
 #include <benchmark/benchmark.h>
 #include <dirent.h>
+#include <sched.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -10,7 +13,9 @@
 #include <sstream>
 #include <string>
 
+#include "core_placement.h"
 #include "extension_library.h"
+#include "ratio_report.h"
 #include "run.h"
 #include "scenario.h"
 
@@ -47,8 +52,12 @@ double children_cpu_seconds() {
     return total;
 }
 
-void run_year(benchmark::State& state, const char* scenario_file) {
+void run_year(benchmark::State& state, const char* scenario_file, bool one_core) {
     const Scenario scenario = read_scenario(std::string(TAMLO_SOURCE_DIR) + "/" + scenario_file);
+    cpu_set_t allowed;
+    sched_getaffinity(0, sizeof allowed, &allowed);
+    // The engine starts with the first run and keeps the mask it started with.
+    if (one_core) keep_to_current_core();
     ExtensionLibrary library(TAMLO_EXTENSION_LIBRARY);
     RunOutcome last(0);
     double engine_cpu = 0.0;
@@ -71,15 +80,22 @@ void run_year(benchmark::State& state, const char* scenario_file) {
     state.counters["dispatch_us_per_step"] = last.times.dispatch_seconds * per_step;
     state.counters["engine_cpu_us_per_step"] = engine_cpu * per_step;
     state.counters["extension_and_wait_us_per_step"] = (last.times.dispatch_seconds - engine_cpu) * per_step;
+    if (one_core) sched_setaffinity(0, sizeof allowed, &allowed);
 }
 
-BENCHMARK_CAPTURE(run_year, load_following, "examples/hybrid_load_following.json")
+BENCHMARK_CAPTURE(run_year, load_following, "examples/hybrid_load_following.json", false)
     ->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
-BENCHMARK_CAPTURE(run_year, cycle_charging, "examples/hybrid_cycle_charging.json")
+BENCHMARK_CAPTURE(run_year, cycle_charging, "examples/hybrid_cycle_charging.json", false)
     ->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
-BENCHMARK_CAPTURE(run_year, minimal_fixture_strategy, "bench/fixture_scenario.json")
+BENCHMARK_CAPTURE(run_year, minimal_fixture_strategy, "bench/fixture_scenario.json", false)
+    ->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
+BENCHMARK_CAPTURE(run_year, minimal_fixture_strategy_one_core, "bench/fixture_scenario.json", true)
     ->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    return tamlo_bench::run_with_ratios(argc, argv,
+                                        {{"speed-up of one core for the run and its engine, minimal strategy",
+                                          "run_year/minimal_fixture_strategy", "run_year/minimal_fixture_strategy_one_core"}});
+}
