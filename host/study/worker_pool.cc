@@ -35,7 +35,7 @@ struct Worker {
 constexpr std::size_t folders_ahead = 2;
 
 // With one worker for each core the study may use, each worker and the engines it starts keep to
-// a core of their own. With fewer, each worker keeps to the core the system started it on.
+// the core given here. With fewer, a worker keeps by itself to the core the system started it on.
 std::vector<int> cores_to_pin(std::size_t jobs, bool pin) {
     if (!pin) return {};
     std::vector<int> cores = allowed_cores();
