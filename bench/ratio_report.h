@@ -6,8 +6,10 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,7 +18,8 @@ namespace tamlo_bench {
 
 // numerator / denominator, each a benchmark's name as Google Benchmark prints it, without
 // the suffixes it adds ("BM_WholeStep/identity/1" matches "BM_WholeStep/identity/1/real_time"):
-// its wall time per iteration. "name@counter" is one of its counters instead, in seconds.
+// its wall time per iteration. "name@counter" is one of its counters instead, in seconds. A
+// benchmark run several times (--benchmark_repetitions) counts with its median.
 struct Ratio {
     std::string label;
     std::string numerator;
@@ -37,8 +40,9 @@ public:
             if (run.run_type != Run::RT_Iteration || run.iterations == 0) continue;
             // Wall time: most of the work happens in the engine process, which this
             // process's CPU time does not see.
-            seconds_[{run.benchmark_name(), ""}] = run.real_accumulated_time / static_cast<double>(run.iterations);
-            for (const auto& [counter, value] : run.counters) seconds_[{run.benchmark_name(), counter}] = value;
+            figures_[{run.benchmark_name(), ""}].push_back(run.real_accumulated_time /
+                                                          static_cast<double>(run.iterations));
+            for (const auto& [counter, value] : run.counters) figures_[{run.benchmark_name(), counter}].push_back(value);
         }
         ConsoleReporter::ReportRuns(runs);
     }
@@ -49,15 +53,17 @@ public:
         bool ok = failed_.empty();
         std::printf("\nRatios (wall time per iteration, same run):\n");
         for (const Ratio& ratio : ratios) {
-            const double* top = find(ratio.numerator);
-            const double* bottom = find(ratio.denominator);
-            if (top == nullptr || bottom == nullptr || *bottom <= 0.0) {
+            const std::optional<Figure> top = find(ratio.numerator);
+            const std::optional<Figure> bottom = find(ratio.denominator);
+            if (!top || !bottom || bottom->value <= 0.0) {
                 std::printf("  %-58s not measured (%s missing)\n", ratio.label.c_str(),
-                            top == nullptr ? ratio.numerator.c_str() : ratio.denominator.c_str());
+                            !top ? ratio.numerator.c_str() : ratio.denominator.c_str());
                 continue;
             }
-            std::printf("  %-58s %8.3f  (%s / %s)\n", ratio.label.c_str(), *top / *bottom,
-                        format_seconds(*top).c_str(), format_seconds(*bottom).c_str());
+            const std::size_t runs = std::min(top->runs, bottom->runs);
+            const std::string medians = runs > 1 ? "medians of " + std::to_string(runs) + ": " : "";
+            std::printf("  %-58s %8.3f  (%s%s / %s)\n", ratio.label.c_str(), top->value / bottom->value,
+                        medians.c_str(), format_seconds(top->value).c_str(), format_seconds(bottom->value).c_str());
         }
         for (const std::string& failure : failed_) {
             std::fprintf(stderr, "FAILED %s\n", failure.c_str());
@@ -66,15 +72,28 @@ public:
     }
 
 private:
-    const double* find(const std::string& figure) const {
+    // A benchmark's figure over its repetitions: the median, so that one run slowed by a busy
+    // machine does not decide a ratio.
+    struct Figure {
+        double value = 0.0;
+        std::size_t runs = 0;
+    };
+
+    std::optional<Figure> find(const std::string& figure) const {
         const auto at = figure.find('@');
         const std::string name = figure.substr(0, at);
         const std::string counter = at == std::string::npos ? "" : figure.substr(at + 1);
-        for (const auto& [key, value] : seconds_) {
+        for (const auto& [key, values] : figures_) {
             if (key.second != counter) continue;
-            if (key.first == name || key.first.rfind(name + "/", 0) == 0) return &value;
+            if (key.first == name || key.first.rfind(name + "/", 0) == 0) return Figure{median(values), values.size()};
         }
-        return nullptr;
+        return std::nullopt;
+    }
+
+    static double median(std::vector<double> values) {
+        std::sort(values.begin(), values.end());
+        const std::size_t n = values.size();
+        return n % 2 == 1 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2.0;
     }
 
     static std::string format_seconds(double seconds) {
@@ -89,7 +108,8 @@ private:
         return text;
     }
 
-    std::map<std::pair<std::string, std::string>, double> seconds_;  // (benchmark, counter or "")
+    // (benchmark, counter or "") to its figure in each repetition
+    std::map<std::pair<std::string, std::string>, std::vector<double>> figures_;
     std::vector<std::string> failed_;
 };
 
