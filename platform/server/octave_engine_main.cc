@@ -3,6 +3,7 @@
 //
 // Usage: octave-engine --fd N [--parent PID]
 #include <octave/oct.h>
+#include <octave/defaults.h>
 #include <octave/interpreter.h>
 #include <octave/ov-builtin.h>
 #include <octave/symtab.h>
@@ -26,6 +27,7 @@
 #include <vector>
 
 #include "engine_template_server.h"
+#include "folder_stat_cache.h"
 #include "frame_io.h"
 #include "octave_codec.h"
 #include "wire_codec.h"
@@ -387,6 +389,8 @@ int main(int argc, char** argv) {
     int status = 0;
     {
         octave::interpreter interp;
+        // Only the folders of this Octave's version: packages and site folders may change.
+        tamlo::server::remember_stats_under({octave::config::fcn_file_dir(), octave::config::oct_file_dir()});
         interp.initialize_history(false);
         // The site startup files set up the terminal (readline, pager), which an engine has not;
         // sourcing each also rescans the whole function search path. Of what they do, only the

@@ -252,6 +252,8 @@ TEST_F(OneEngine, CallsInAnyOrderSeeTheEnginesCurrentValues) {
                                             {'g', "toggled", 7}, {'e', toggle, 0}, {'g', "toggled", NAN}}},
         {"another command in between", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1},
                                         {'e', "brought = 50;", 0}, {'e', count, 0}, {'g', "brought", 51}}},
+        {"a file made, then removed", {{'e', "f = [tempname() '.m']; fclose(fopen(f, 'w')); seen = exist(f);", 0},
+                                       {'g', "seen", 2}, {'e', "delete(f); seen = exist(f);", 0}, {'g', "seen", 0}}},
     };
     for (const auto& row : rows) {
         for (std::size_t k = 0; k < row.calls.size(); ++k) {
