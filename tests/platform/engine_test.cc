@@ -231,6 +231,9 @@ TEST_F(OneEngine, CallsInAnyOrderSeeTheEnginesCurrentValues) {
     const char* const count = "brought = brought + 1;";
     const char* const toggle = "if exist('toggled', 'var'), clear toggled; else, toggled = 7; end";
     const char* const fail = "brought = brought + 1; error('stop');";
+    const char* const file_made =
+        "d = tempname(); mkdir(d); f = [d '/x.m']; fclose(fopen(f, 'w')); seen = exist(f) + numel(readdir(d));";
+    const char* const file_removed = "delete(f); seen = exist(f) + numel(readdir(d)); rmdir(d);";
     const struct {
         const char* name;
         std::vector<Call> calls;
@@ -252,8 +255,9 @@ TEST_F(OneEngine, CallsInAnyOrderSeeTheEnginesCurrentValues) {
                                             {'g', "toggled", 7}, {'e', toggle, 0}, {'g', "toggled", NAN}}},
         {"another command in between", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1},
                                         {'e', "brought = 50;", 0}, {'e', count, 0}, {'g', "brought", 51}}},
-        {"a file made, then removed", {{'e', "f = [tempname() '.m']; fclose(fopen(f, 'w')); seen = exist(f);", 0},
-                                       {'g', "seen", 2}, {'e', "delete(f); seen = exist(f);", 0}, {'g', "seen", 0}}},
+        // seen: exist's 2 for a file, plus the entries of the folder ("." and ".." too)
+        {"a file made in a new folder, then removed", {{'e', file_made, 0}, {'g', "seen", 2 + 3},
+                                                       {'e', file_removed, 0}, {'g', "seen", 0 + 2}}},
     };
     for (const auto& row : rows) {
         for (std::size_t k = 0; k < row.calls.size(); ++k) {
