@@ -140,6 +140,12 @@ extern "C" int stat(const char* path, struct stat* status) {
             Answer answer{};
             answer.result = ask_system(path, &answer.status);
             answer.error = errno;
+            // A passing failure (no memory, an interrupted call) is not the path's answer.
+            if (answer.result != 0 && answer.error != ENOENT && answer.error != ENOTDIR) {
+                busy.clear();
+                errno = answer.error;
+                return answer.result;
+            }
             found = cache->answers.emplace(path, answer).first;
         }
         result = found->second.result;
