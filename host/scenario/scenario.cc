@@ -225,7 +225,10 @@ void complete_parameters(SimulationParameters& parameters, const PlantInputs& pl
 }  // namespace
 
 Scenario read_scenario(const std::string& file, std::optional<std::uint64_t> steps) {
-    const Json document = parse_json_file(file);
+    return read_scenario(parse_json_file(file), file, steps);
+}
+
+Scenario read_scenario(const Json& document, const std::string& file, std::optional<std::uint64_t> steps) {
     Scenario scenario;
     scenario.file = file;
     SimulationParameters& parameters = scenario.parameters;

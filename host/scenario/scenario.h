@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "tamlo_dispatch/simulation_parameters.h"
 
 namespace tamlo_host {
@@ -55,6 +57,10 @@ bool is_matlab_function_name(const std::string& name);
 // Reads and checks a scenario file; steps, when given, replaces number_of_timesteps.
 // Throws InputError naming the file and the JSON path or CSV line at fault.
 Scenario read_scenario(const std::string& file, std::optional<std::uint64_t> steps = std::nullopt);
+
+// The same for a scenario already parsed, read as if from file.
+Scenario read_scenario(const nlohmann::ordered_json& document, const std::string& file,
+                       std::optional<std::uint64_t> steps = std::nullopt);
 
 }  // namespace tamlo_host
 

@@ -2,9 +2,7 @@
 #include "study_cases.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <map>
 
@@ -101,40 +99,18 @@ private:
     Json base_;
 };
 
-// Hands a built scenario to the scenario reader, as the worker will.
-class ScenarioChecker {
-public:
-    ScenarioChecker() {
-        std::string pattern = (fs::temp_directory_path() / "tamlo-study-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr) throw InputError("cannot make a temporary folder in " + pattern);
-        folder_ = pattern;
-        file_ = (fs::path(folder_) / "scenario.json").string();
+// Hands a built scenario to the scenario reader, as the worker will (from its text; a Json
+// dumped and parsed again reads the same).
+void check_scenario(const Json& scenario, const std::string& blame) {
+    const std::string file = "scenario.json";
+    try {
+        (void)read_scenario(scenario, file);
+    } catch (const InputError& e) {
+        std::string why = e.what();
+        if (why.rfind(file + ": ", 0) == 0) why = why.substr(file.size() + 2);
+        throw InputError(blame + ": the scenario refuses it: " + why);
     }
-    ~ScenarioChecker() {
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
-    }
-    ScenarioChecker(const ScenarioChecker&) = delete;
-    ScenarioChecker& operator=(const ScenarioChecker&) = delete;
-
-    void check(const Json& scenario, const std::string& blame) const {
-        {
-            std::ofstream out(file_);
-            out << scenario.dump(2) << '\n';
-        }
-        try {
-            (void)read_scenario(file_);
-        } catch (const InputError& e) {
-            std::string why = e.what();
-            if (why.rfind(file_ + ": ", 0) == 0) why = why.substr(file_.size() + 2);
-            throw InputError(blame + ": the scenario refuses it: " + why);
-        }
-    }
-
-private:
-    std::string folder_;
-    std::string file_;
-};
+}
 
 std::string case_id(const Study& study, const CaseChoice& choice) {
     std::string id;
@@ -175,8 +151,7 @@ std::string choice_label(const Study& study, const StudyCase& c, std::size_t v) 
 
 std::vector<StudyCase> expand_study(const Study& study) {
     const ScenarioBuilder builder(study);
-    const ScenarioChecker checker;
-    checker.check(builder.build(CaseChoice(study.variations.size()), {}), study.file + ": scenario " + study.scenario_file);
+    check_scenario(builder.build(CaseChoice(study.variations.size()), {}), study.file + ": scenario " + study.scenario_file);
 
     std::vector<CaseChoice> choices;
     if (study.product) {
@@ -189,7 +164,7 @@ std::vector<StudyCase> expand_study(const Study& study) {
                 const std::string where = variation.where +
                                           (variation.kind == VariationKind::strategy ? ".strategies[" : ".values[") +
                                           std::to_string(i) + "]";
-                checker.check(builder.build(one, where), study.file + ": " + where);
+                check_scenario(builder.build(one, where), study.file + ": " + where);
             }
         }
         choices.emplace_back();
@@ -207,7 +182,7 @@ std::vector<StudyCase> expand_study(const Study& study) {
     } else {
         for (std::size_t i = 0; i < study.listed_cases.size(); ++i) {
             const std::string where = "cases[" + std::to_string(i) + "]";
-            checker.check(builder.build(study.listed_cases[i], where), study.file + ": " + where);
+            check_scenario(builder.build(study.listed_cases[i], where), study.file + ": " + where);
         }
         choices = study.listed_cases;
     }
