@@ -100,9 +100,11 @@ private:
 };
 
 // Hands a built scenario to the scenario reader, as the worker will (from its text; a Json
-// dumped and parsed again reads the same).
+// dumped and parsed again reads the same). The case runs in a folder of its own, so a path
+// still relative must not be found beside whoever runs the study: it is read from a folder
+// that does not exist.
 void check_scenario(const Json& scenario, const std::string& blame) {
-    const std::string file = "scenario.json";
+    static const std::string file = (fs::temp_directory_path() / "tamlo-study-case" / "scenario.json").string();
     try {
         (void)read_scenario(scenario, file);
     } catch (const InputError& e) {
