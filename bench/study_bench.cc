@@ -27,10 +27,7 @@ constexpr int study_cases = 200;
 // recently freed inode), so on disk the figures would depend on what was deleted before.
 const fs::path& bench_dir() {
     static const fs::path dir = [] {
-        std::error_code error;
-        const fs::path base = fs::is_directory("/dev/shm", error) && ::access("/dev/shm", W_OK) == 0
-                                  ? fs::path("/dev/shm")
-                                  : fs::temp_directory_path();
+        const fs::path base = ::access("/dev/shm", W_OK) == 0 ? fs::path("/dev/shm") : fs::temp_directory_path();
         fs::path d = base / ("tamlo_study_bench_" + std::to_string(getpid()));
         fs::create_directories(d);
         return d;
