@@ -1,6 +1,6 @@
 // dispatch-bench end to end on the real extension and engine: a run against a golden summary, a
-// run that fails, and studies (expansion, failing cases, workers, resume, agreement with runs;
-// agreement with single runs and Slurm is study/slurm_study_test.sh).
+// run that fails, and studies (expansion, failing cases, workers, resume; agreement with single
+// runs and Slurm is study/slurm_study_test.sh).
 #include <gtest/gtest.h>
 
 #include <signal.h>
@@ -67,9 +67,7 @@ TEST(BenchRun, ShortRunMatchesTheGoldenSummaryAndWritesItsJsonResultsAndPlots) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, read_text(TAMLO_SOURCE_DIR "/tests/host/golden/load_following_48_steps.txt"));
     const nlohmann::json j = nlohmann::json::parse(read_text(out + ".json"));
-    char line[128];
-    std::snprintf(line, sizeof line, "  %-26s%.2f\n", "net cost", j["grid"]["net_cost"].get<double>());
-    EXPECT_NE(result.output.find(line), std::string::npos) << line << result.output;
+    EXPECT_NEAR(j["grid"]["net_cost"].get<double>(), 192.84, 0.005);  // the golden summary's figure
     EXPECT_EQ(j["steps_run"], 48);
     EXPECT_EQ(j["result"], "completed");
     for (const char* plot : {"_week.png", "_year.png"}) EXPECT_EQ(read_text(out + plot).substr(0, 8), "\x89PNG\r\n\x1a\n");
@@ -180,29 +178,6 @@ std::string column(const std::string& row, std::size_t index) {
     return field;
 }
 
-TEST(StudyRun, CasesWithPersistentOrGlobalStateAgreeInEitherOrderAndAlone) {
-    const std::string cases = "\"combine\": \"list\", \"cases\": [{\"strategy\": \"persistent\"}, {\"strategy\": "
-                              "\"global\"}, {\"strategy\": \"persistent\"}, {\"strategy\": \"global\"}],";
-    const std::string study = write_study("order", study_text(strategies, cases));
-    const std::string out = fs::path(study).parent_path() / "out";
-    // One worker runs them one after the other on warm engines; study_start refuses an engine
-    // that is not fresh and in its case's folder.
-    ASSERT_EQ(run_study(study, out, "--jobs 1").status, 0);
-    const auto rows = summary_rows(out);
-    ASSERT_EQ(rows.size(), 4u);
-    for (const auto& [id, row] : rows) EXPECT_EQ(column(row, 2), "completed") << row;
-    const auto without_id = [](const std::string& row) { return row.substr(row.find(',')); };
-    EXPECT_EQ(without_id(rows.at("strategy=persistent")), without_id(rows.at("strategy=persistent-2")));
-    EXPECT_EQ(without_id(rows.at("strategy=global")), without_id(rows.at("strategy=global-2")));
-    for (const std::string label : {"global", "persistent"}) {
-        const std::string alone = write_study(
-            "alone_" + label, study_text(strategies, "\"combine\": \"list\", \"cases\": [{\"strategy\": \"" + label + "\"}],"));
-        const std::string alone_out = fs::path(alone).parent_path() / "out";
-        ASSERT_EQ(run_study(alone, alone_out).status, 0);
-        EXPECT_EQ(summary_rows(alone_out).at("strategy=" + label), rows.at("strategy=" + label));
-    }
-}
-
 TEST(StudyRun, FailingCasesAreMarkedAndTheOthersComplete) {
     const std::string study = write_study(
         "failing", study_text("{\"name\": \"s\", \"strategies\": [" + strategy("kill", "kill_worker_dispatch") + ", " +
@@ -259,11 +234,17 @@ TEST(StudyRun, AKilledStudyResumesWithoutRerunningFinishedCasesAndOneOrTwoJobsAg
     for (const auto& [id, time] : written) EXPECT_EQ(fs::last_write_time(out + "/cases/" + id + "/result.json"), time) << id;
     for (const auto& [id, row] : rows) EXPECT_EQ(column(row, 3), "completed") << row;
 
-    // A changed definition runs again: the case's scenario no longer matches. One worker gives the
-    // same summary as two; each case's own scenario carries its values.
+    // A changed definition runs again: the case's scenario no longer matches. One worker, which
+    // runs the cases one after the other on warm engines (study_start refuses an engine that is not
+    // fresh and in its case's folder), gives the same summary as two; persistent_dispatch's
+    // counter would change the figures if an engine carried it over. Each case's own scenario
+    // carries its values.
     std::ofstream(study) << study_text(battery + "," + strategies, "\"steps\": 12,");
     ASSERT_EQ(run_study(study, out, "--jobs 2").status, 0);
-    for (const auto& [id, row] : summary_rows(out)) EXPECT_EQ(column(row, 4), "12") << row;
+    for (const auto& [id, row] : summary_rows(out)) {
+        EXPECT_EQ(column(row, 3), "completed") << row;
+        EXPECT_EQ(column(row, 4), "12") << row;
+    }
     ASSERT_EQ(run_study(study, out + "_one", "--jobs 1").status, 0);
     EXPECT_EQ(summary_rows(out + "_one"), summary_rows(out));
     const auto scenario = nlohmann::json::parse(read_text(out + "/cases/battery=250.5+strategy=global/scenario.json"));
