@@ -69,16 +69,14 @@ protected:
     std::filesystem::path dir_;
 };
 
-TEST_F(ScenarioFiles, BaseScenarioReadsWithDerivedValuesAndStepsShortenIt) {
+// --steps shortening a scenario is the golden run's (program_test.cc).
+TEST_F(ScenarioFiles, BaseScenarioReadsWithDerivedValues) {
     const Scenario s = read_scenario(scenario_with(""));
     EXPECT_EQ(s.plant.loads[0], (std::vector<double>{1, 2, 3}));
     EXPECT_DOUBLE_EQ(s.parameters.primary_load_list[0].peak_load, 3);
     EXPECT_EQ(s.parameters.extension_parameters[0].text_value, dir_.string());
     EXPECT_DOUBLE_EQ(s.parameters.battery_list[0].dedicated_converter.inverter_capacity, 5);
     EXPECT_DOUBLE_EQ(s.plant.batteries[0].initial_state_of_charge_percent, 100);
-    const Scenario shorter = read_scenario(scenario_with(""), 2);
-    EXPECT_EQ(shorter.parameters.number_of_timesteps, 2u);
-    EXPECT_EQ(shorter.plant.loads[0].size(), 2u);
 }
 
 struct BadInput {
