@@ -104,8 +104,10 @@ TEST_P(BadScenario, GivesOneMessageNamingTheFault) {
 INSTANTIATE_TEST_SUITE_P(
     Table, BadScenario,
     ::testing::Values(
-        BadInput{"text where a plain number is expected", "/generators/0/emissions_factor_CO", R"("lots")",
-                 "{dir}/s.json: generators[0].emissions_factor_CO: expected a number, found the text \"lots\""},
+        BadInput{"long text where a plain number is expected, cut in the message", "/generators/0/emissions_factor_CO",
+                 '"' + std::string(300, 'x') + '"',
+                 "{dir}/s.json: generators[0].emissions_factor_CO: expected a number, found the text \"" +
+                     std::string(200, 'x') + "...\""},
         BadInput{"unknown component field", "/generators/0/fuel/price", "1",
                  "{dir}/s.json: generators[0].fuel.price: unknown field"},
         BadInput{"missing required field", "/generators/0/rated_capacity", "",
@@ -149,9 +151,6 @@ INSTANTIATE_TEST_SUITE_P(
                  "1e10 kW"},
         BadInput{"minimum load above rating", "/generators/0/minimum_load", "12",
                  "{dir}/s.json: generators[0].minimum_load: must be at most rated_capacity (10.0)"},
-        BadInput{"long text cut in the message", "/generators/0/rated_capacity", '"' + std::string(300, 'x') + '"',
-                 "{dir}/s.json: generators[0].rated_capacity: expected a power from 0 to 1e10 kW, found the text \"" +
-                     std::string(200, 'x') + "...\""},
         BadInput{"count beyond its record's range", "/flywheels", R"([{"quantity": 1099511627776}])",
                  "{dir}/s.json: flywheels[0].quantity: expected a whole number from 0 to 2147483647, found the number "
                  "1099511627776"},
