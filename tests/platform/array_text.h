@@ -9,17 +9,11 @@
 #include <string>
 
 #include "matrix.h"
+#include "mx_wire.h"
 
 namespace tamlo_test {
 
-struct ArrayOwner {
-    explicit ArrayOwner(mxArray* a = nullptr) : a(a) {}
-    ~ArrayOwner() { mxDestroyArray(a); }
-    ArrayOwner(const ArrayOwner&) = delete;
-    ArrayOwner& operator=(const ArrayOwner&) = delete;
-    mxArray* get() const { return a; }
-    mxArray* a;
-};
+using ArrayOwner = tamlo::wire::ArrayPtr;
 
 template <typename T>
 T load(const char* p) {
