@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <signal.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,10 +32,14 @@ Engine* open_engine() {
     return ep;
 }
 
-// True when no process with this id exists any more (a zombie still counts as existing).
-bool process_gone(int pid) {
-    struct stat st;
-    return ::stat(("/proc/" + std::to_string(pid)).c_str(), &st) != 0;
+// The state letter of a process ('Z' for a zombie, which still counts as existing), or 0 when
+// no process with this id exists any more.
+char process_state(int pid) {
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string line;
+    std::getline(stat, line);
+    const size_t close_paren = line.rfind(')');
+    return close_paren != std::string::npos && close_paren + 2 < line.size() ? line[close_paren + 2] : 0;
 }
 
 class OneEngine : public ::testing::Test {
@@ -48,7 +51,6 @@ protected:
         ASSERT_EQ(engOutputBuffer(engine_, buffer_, buffer_size), 0);
     }
     static void TearDownTestSuite() { EXPECT_EQ(engClose(engine_), 0); }
-    void SetUp() override { ASSERT_NE(engine_, nullptr); }
 
     // Evaluates a command that must succeed and returns what it printed; the buffer holds
     // stale text before, so that a call that prints nothing must still empty it.
@@ -85,7 +87,6 @@ TEST_F(OneEngine, ValuesComeAsMatlabWouldHoldThemAndGoBackUnchanged) {
         {"logical", "v = [true false true];", "logical 1x3 [1 0 1]"},
         {"char matrix", "v = ['ab'; 'cd'];", "char 2x2 'acbd'"},
         {"empty char", "v = '';", "char 0x0 ''"},
-        {"eight-bit text", "v = 'caf\xe9';", "char 1x4 'caf\xe9'"},
         {"int8", "v = int8([-128 127]);", "int8 1x2 [-128 127]"},
         {"uint16", "v = uint16([0 65535]);", "uint16 1x2 [0 65535]"},
         {"int32", "v = int32([-7 7]);", "int32 1x2 [-7 7]"},
@@ -94,7 +95,6 @@ TEST_F(OneEngine, ValuesComeAsMatlabWouldHoldThemAndGoBackUnchanged) {
         {"single", "v = single(0.1);", "single 1x1 [0.10000000149011612]"},
         {"single 3-D", "v = single(reshape(0:5, 2, 1, 3) / 2);", "single 2x1x3 [0 0.5 1 1.5 2 2.5]"},
         {"sparse becomes full", "v = speye(2) * 5;", "double 2x2 [5 0 0 5]"},
-        {"sparse logical becomes full logical", "v = sparse([true false]);", "logical 1x2 [1 0]"},
         {"complex keeps its real part", "v = [1+2i, 3-4i];", "double 1x2 [1 3]"},
         {"function handle becomes empty double", "v = @sin;", "double 0x0 []"},
         {"cell", "v = {1, 'a'; [], {}};", "cell 2x2 (double 1x1 [1]) (double 0x0 []) (char 1x1 'a') (cell 0x0)"},
@@ -176,8 +176,6 @@ TEST_F(OneEngine, WhatNoFrameCanCarryOrNoNameCanHoldIsRefusedAndTheEngineGoesOn)
 }
 
 TEST_F(OneEngine, CapturesEverythingPrintedInOrder) {
-    const std::string no_terminal =
-        ": the MATLAB engine runs without a terminal, so nothing can wait for a key or a reply\n";
     struct Row {
         const char* what;
         const char* command;
@@ -188,8 +186,8 @@ TEST_F(OneEngine, CapturesEverythingPrintedInOrder) {
         {"error after printed text", "disp('before'); error('boom %d', 3); disp('after')", "before\nerror: boom 3\n"},
         {"undefined function", "no_such_function_xyz(1)", "error: 'no_such_function_xyz' undefined near line 1, column 1\n"},
         {"parse error", "a = [1 2", "error: parse error:\n\n  syntax error\n\n\n"},
-        {"waiting for a key", "keyboard", "error: keyboard" + no_terminal},
-        {"only line feeds", "fprintf('\\n\\n')", "\n\n"},
+        {"waiting for a key", "keyboard",
+         "error: keyboard: the MATLAB engine runs without a terminal, so nothing can wait for a key or a reply\n"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
@@ -234,10 +232,9 @@ TEST_F(OneEngine, CallsInAnyOrderSeeTheEnginesCurrentValues) {
     } rows[] = {
         {"puts in a row end with the last", {{'p', "brought", 1}, {'p', "brought", 2}, {'p', "brought", 3},
                                              {'g', "brought", 3}}},
-        {"a put after the eval wins", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1}, {'e', count, 0},
-                                       {'p', "brought", 100}, {'g', "brought", 100}}},
-        {"the same name twice", {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1}, {'e', count, 0},
-                                 {'g', "brought", 2}, {'g', "brought", 2}}},
+        {"the same name twice, then a put after the eval that wins",
+         {{'p', "brought", 0}, {'e', count, 0}, {'g', "brought", 1}, {'e', count, 0}, {'g', "brought", 2},
+          {'g', "brought", 2}, {'e', count, 0}, {'p', "brought", 100}, {'g', "brought", 100}}},
         {"another name after the same eval", {{'p', "brought", 0}, {'p', "other", 9}, {'e', count, 0},
                                               {'g', "brought", 1}, {'e', count, 0}, {'g', "other", 9}}},
         {"an eval that fails after assigning", {{'p', "brought", 0}, {'e', fail, 0}, {'g', "brought", 1},
@@ -253,36 +250,27 @@ TEST_F(OneEngine, CallsInAnyOrderSeeTheEnginesCurrentValues) {
         for (std::size_t k = 0; k < row.calls.size(); ++k) {
             const Call& c = row.calls[k];
             SCOPED_TRACE(std::string(row.name) + ", call " + std::to_string(k + 1));
-            if (c.op == 'e') {
+            ArrayOwner number(mxCreateDoubleScalar(c.number));
+            if (c.op == 'e')
                 engEvalString(engine_, c.text);
-            } else if (c.op == 'p') {
-                ArrayOwner v(mxCreateDoubleScalar(c.number));
-                ASSERT_EQ(engPutVariable(engine_, c.text, v.get()), 0);
-            } else {
-                ArrayOwner v(mxCreateDoubleScalar(c.number));
-                EXPECT_EQ(get(c.text), std::isnan(c.number) ? "null" : describe(v.get()));
-            }
+            else if (c.op == 'p')
+                ASSERT_EQ(engPutVariable(engine_, c.text, number.get()), 0);
+            else
+                EXPECT_EQ(get(c.text), std::isnan(c.number) ? "null" : describe(number.get()));
         }
     }
 }
 
-TEST(EngineLifecycle, TwoEnginesAreIndependentAndCloseReapsEachOnce) {
-    const int signals[] = {SIGPIPE, SIGCHLD, SIGINT, SIGTERM};
-    struct sigaction before[4], after[4];
-    for (int k = 0; k < 4; ++k) ::sigaction(signals[k], nullptr, &before[k]);
+TEST(EngineLifecycle, TwoEnginesAreIndependentAndAClosedHandleFailsEveryCall) {
     Engine* a = open_engine();
     Engine* b = open_engine();
     ASSERT_TRUE(a != nullptr && b != nullptr);
-    const int pid = tamlo_engGetPid(a);
-    EXPECT_NE(pid, tamlo_engGetPid(b));
+    EXPECT_NE(tamlo_engGetPid(a), tamlo_engGetPid(b));
     ArrayOwner one(mxCreateDoubleScalar(1)), two(mxCreateDoubleScalar(2));
     ASSERT_EQ(engPutVariable(a, "x", one.get()), 0);
     ASSERT_EQ(engPutVariable(b, "x", two.get()), 0);
-    ArrayOwner xa(engGetVariable(a, "x"));
-    EXPECT_EQ(mxGetScalar(xa.get()), 1.0);
+    EXPECT_EQ(describe(ArrayOwner(engGetVariable(a, "x")).get()), "double 1x1 [1]");
     EXPECT_EQ(engClose(a), 0);
-    // Reaped by engClose: not even a zombie is left.
-    EXPECT_TRUE(process_gone(pid));
     // The closed handle is known as closed, whatever is called with it, as null is.
     EXPECT_EQ(engClose(a), 1);
     EXPECT_EQ(engEvalString(a, "1;"), 1);
@@ -292,13 +280,8 @@ TEST(EngineLifecycle, TwoEnginesAreIndependentAndCloseReapsEachOnce) {
     EXPECT_EQ(engSetVisible(a, false), 1);
     EXPECT_EQ(tamlo_engSetCallTimeout(a, 1), 1);
     EXPECT_EQ(tamlo_engGetPid(a), -1);
-    ArrayOwner xb(engGetVariable(b, "x"));
-    EXPECT_EQ(mxGetScalar(xb.get()), 2.0);
+    EXPECT_EQ(describe(ArrayOwner(engGetVariable(b, "x")).get()), "double 1x1 [2]");
     EXPECT_EQ(engClose(b), 0);
-    for (int k = 0; k < 4; ++k) {
-        ::sigaction(signals[k], nullptr, &after[k]);
-        EXPECT_EQ(before[k].sa_handler, after[k].sa_handler) << "signal " << signals[k];
-    }
 }
 
 TEST(EngineLifecycle, BadTimeLimitsAreRefused) {
@@ -320,7 +303,6 @@ TEST(EngineFaults, AGoneEngineFailsEveryLaterCallAndSaysWhyOnce) {
         const char* command;
         std::string buffer;
     } rows[] = {
-        {"killed, eval", false, SIGKILL, 0, 'e', "x = 1;", killed},
         {"killed, put larger than the socket buffer", false, SIGKILL, 0, 'P', "", killed},
         {"killed, get", false, SIGKILL, 0, 'g', "", killed},
         {"killed after a put not waited for", true, SIGKILL, 0, 'e', "disp(x)", killed},
@@ -355,26 +337,19 @@ TEST(EngineFaults, AGoneEngineFailsEveryLaterCallAndSaysWhyOnce) {
         if (row.call != 'c') {
             EXPECT_EQ(buf, row.buffer);
             // Reaped at once: no zombie waits for engClose.
-            EXPECT_TRUE(process_gone(pid));
+            EXPECT_EQ(process_state(pid), 0);
             // Later calls fail too, and the reason is not written again.
             EXPECT_NE(engEvalString(ep, "disp(1)"), 0);
             EXPECT_NE(engPutVariable(ep, "x", one.get()), 0);
             EXPECT_EQ(engGetVariable(ep, "x"), nullptr);
             EXPECT_EQ(buf, row.buffer);
         }
+        // Reaped by engClose, stopped or not: not even a zombie is left.
         EXPECT_EQ(engClose(ep), 0);
-        EXPECT_TRUE(process_gone(pid));
+        EXPECT_EQ(process_state(pid), 0);
     }
-}
-
-// True while the process exists and is not a zombie (whoever reaps orphans here may be slow
-// to do so, or not do it at all in a container).
-bool process_running(int pid) {
-    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-    std::string line;
-    if (!std::getline(stat, line)) return false;
-    const size_t close_paren = line.rfind(')');
-    return close_paren != std::string::npos && close_paren + 2 < line.size() && line[close_paren + 2] != 'Z';
+    ::sigaction(SIGPIPE, nullptr, &pipe_action);
+    EXPECT_EQ(pipe_action.sa_handler, SIG_DFL) << "the host's own signal actions are not libeng's to change";
 }
 
 TEST(EngineFaults, EngineDoesNotOutliveItsHost) {
@@ -393,10 +368,13 @@ TEST(EngineFaults, EngineDoesNotOutliveItsHost) {
     ::close(pipe_fds[0]);
     ASSERT_EQ(::waitpid(host, nullptr, 0), host);
     ASSERT_GT(engine_pid, 0);
+    // Gone or a zombie: whoever reaps orphans here may be slow to do so, or not do it at all in
+    // a container.
+    const auto running = [engine_pid] { return process_state(engine_pid) != 0 && process_state(engine_pid) != 'Z'; };
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (process_running(engine_pid) && std::chrono::steady_clock::now() < end)
+    while (running() && std::chrono::steady_clock::now() < end)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_FALSE(process_running(engine_pid));
+    EXPECT_FALSE(running());
 }
 
 }  // namespace

@@ -36,7 +36,6 @@ TEST(MxCreation, EachCreatorMakesItsClassAndShapeWithZeroedDataAndItsScalar) {
     } rows[] = {
         {"double matrix", mxCreateDoubleMatrix(3, 2, mxREAL), "double 3x2 [0 0 0 0 0 0]", 2, 0, false},
         {"double scalar 1", mxCreateDoubleScalar(1), "double 1x1 [1]", 1, 1, false},
-        {"logical matrix", mxCreateLogicalMatrix(1, 3), "logical 1x3 [0 0 0]", 3, 0, false},
         {"logical true", mxCreateLogicalScalar(true), "logical 1x1 [1]", 1, 1, true},
         {"logical false", mxCreateLogicalScalar(false), "logical 1x1 [0]", 1, 0, false},
         {"1 x 2 logical true", two_true, "logical 1x2 [1 1]", 2, 1, false},
@@ -117,20 +116,16 @@ TEST(MxString, GetStringCopiesCutsAndTerminates) {
     } rows[] = {
         {"fits", abc.get(), 7, 0, "abcdef"},
         {"cut to buflen-1", abc.get(), 4, 1, "abc"},
-        {"no room at all touches nothing", abc.get(), 0, 1, ""},
+        {"no room at all touches nothing", abc.get(), 0, 1, "ZZZZZZZZZZZ"},
         {"empty text", empty.get(), 10, 0, ""},
         {"not char", number.get(), 10, 1, ""},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
-        char buf[12];
-        std::memset(buf, 'Z', sizeof buf - 1);
-        buf[sizeof buf - 1] = '\0';
+        char buf[12] = "ZZZZZZZZZZZ";
         EXPECT_EQ(mxGetString(row.array, buf, row.buflen), row.status);
         EXPECT_EQ(buf[row.buflen], 'Z') << "wrote past the buffer";
-        if (row.buflen > 0) {
-            EXPECT_EQ(std::string(buf), row.text);
-        }
+        EXPECT_EQ(std::string(buf), row.text);
     }
 }
 

@@ -39,10 +39,7 @@ struct Bytes {
         for (int k = 0; k < 4; ++k) u8((v >> (8 * k)) & 0xff);
         return *this;
     }
-    Bytes& u64(uint64_t v) {
-        for (int k = 0; k < 8; ++k) u8(static_cast<unsigned>((v >> (8 * k)) & 0xff));
-        return *this;
-    }
+    Bytes& u64(uint64_t v) { return u32(static_cast<uint32_t>(v)).u32(static_cast<uint32_t>(v >> 32)); }
     Bytes& str(const std::string& t) {
         u32(static_cast<uint32_t>(t.size()));
         s += t;
@@ -73,7 +70,6 @@ TEST(WireFaults, CorruptPayloadsGiveMessagesNamingTheFault) {
     } rows[] = {
         {"empty payload", "", "truncated frame: frame kind needs 1 bytes, 0 left"},
         {"unknown kind", std::string(1, '\x42'), "corrupt frame: unknown frame kind 66"},
-        {"no array", Bytes().s, "truncated frame: class id needs 1 bytes, 0 left"},
         {"function class", Bytes().u8(mxFUNCTION_CLASS).dims2(1, 1).s, "corrupt frame: unknown class id 16"},
         {"one dimension", Bytes().u8(mxDOUBLE_CLASS).u8(1).u64(1).s, "corrupt frame: 1 dimensions (2 to 32 allowed)"},
         {"too many dimensions", Bytes().u8(mxDOUBLE_CLASS).u8(33).s, "corrupt frame: 33 dimensions (2 to 32 allowed)"},
