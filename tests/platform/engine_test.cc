@@ -44,11 +44,9 @@ char process_state(int pid) {
 
 class OneEngine : public ::testing::Test {
 protected:
-    static constexpr int buffer_size = 4096;
-
     static void SetUpTestSuite() {
         engine_ = open_engine();
-        ASSERT_EQ(engOutputBuffer(engine_, buffer_, buffer_size), 0);
+        ASSERT_EQ(engOutputBuffer(engine_, buffer_, sizeof buffer_ - 1), 0);
     }
     static void TearDownTestSuite() { EXPECT_EQ(engClose(engine_), 0); }
 
@@ -65,7 +63,7 @@ protected:
     }
 
     static inline Engine* engine_ = nullptr;
-    static inline char buffer_[buffer_size + 1];
+    static inline char buffer_[4097];  // 4096 registered, and one byte past them to show an overrun
 };
 
 TEST_F(OneEngine, ValuesComeAsMatlabWouldHoldThemAndGoBackUnchanged) {
@@ -110,24 +108,12 @@ TEST_F(OneEngine, ValuesComeAsMatlabWouldHoldThemAndGoBackUnchanged) {
         ASSERT_EQ(engPutVariable(engine_, "w", v.get()), 0);
         EXPECT_EQ(get("w"), row.arrives);
     }
-    EXPECT_EQ(get("not a name"), "null");
     // Octave reads what was put, and holds no value where none was set.
     ArrayOwner s(mxCreateStructMatrix(1, 2, 0, nullptr));
     mxAddField(s.get(), "power");
     mxSetField(s.get(), 1, "power", mxCreateDoubleScalar(200));
     ASSERT_EQ(engPutVariable(engine_, "s", s.get()), 0);
     EXPECT_EQ(eval("printf('%g %s %d', s(2).power, class(s(1).power), isempty(s(1).power))"), "200 double 1");
-}
-
-// `levels` cells, one inside the other, around the scalar 5.
-mxArray* cells_around_five(int levels) {
-    mxArray* top = mxCreateDoubleScalar(5);
-    for (int k = 0; k < levels; ++k) {
-        mxArray* c = mxCreateCellMatrix(1, 1);
-        mxSetCell(c, 0, top);
-        top = c;
-    }
-    return top;
 }
 
 // Both ways, what lies deeper than the wire carries arrives as the stand-in []; a value sent
@@ -137,7 +123,12 @@ TEST_F(OneEngine, NestingPastTheLimitEndsInTheStandInBothWays) {
         SCOPED_TRACE(levels);
         std::string arrives = levels == 63 ? "double 1x1 [5]" : "double 0x0 []";
         for (int k = 0; k < 63; ++k) arrives = "cell 1x1 (" + arrives + ")";
-        ArrayOwner sent(cells_around_five(levels));
+        ArrayOwner sent(mxCreateDoubleScalar(5));
+        for (int k = 0; k < levels; ++k) {
+            mxArray* cell = mxCreateCellMatrix(1, 1);
+            mxSetCell(cell, 0, sent.release());
+            sent.reset(cell);
+        }
         ASSERT_EQ(engPutVariable(engine_, "v", sent.get()), 0);
         EXPECT_EQ(get("v"), arrives);
         eval("v = 5; for k = 1:" + std::to_string(levels) + ", v = {v}; end");
@@ -184,10 +175,7 @@ TEST_F(OneEngine, CapturesEverythingPrintedInOrder) {
         {"warning", "warning('careful now')", "warning: careful now\n"},
         {"mixed streams keep their order", "disp(1); fprintf(2, 'e\\n'); disp(2)", "1\ne\n2\n"},
         {"error after printed text", "disp('before'); error('boom %d', 3); disp('after')", "before\nerror: boom 3\n"},
-        {"undefined function", "no_such_function_xyz(1)", "error: 'no_such_function_xyz' undefined near line 1, column 1\n"},
         {"parse error", "a = [1 2", "error: parse error:\n\n  syntax error\n\n\n"},
-        {"waiting for a key", "keyboard",
-         "error: keyboard: the MATLAB engine runs without a terminal, so nothing can wait for a key or a reply\n"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
@@ -206,7 +194,7 @@ TEST_F(OneEngine, OutputIsCutToTheBufferOrNotCapturedWithoutOne) {
     ASSERT_EQ(engOutputBuffer(engine_, nullptr, 0), 0);
     EXPECT_EQ(engEvalString(engine_, "disp('invisible')"), 0);
     EXPECT_STREQ(buffer_, "untouched");
-    ASSERT_EQ(engOutputBuffer(engine_, buffer_, buffer_size), 0);
+    ASSERT_EQ(engOutputBuffer(engine_, buffer_, sizeof buffer_ - 1), 0);
     EXPECT_EQ(engSetVisible(engine_, false), 0);
     EXPECT_EQ(eval("disp('visible')"), "visible\n");
 }

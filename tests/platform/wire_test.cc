@@ -35,10 +35,7 @@ struct Bytes {
         s.push_back(static_cast<char>(v));
         return *this;
     }
-    Bytes& u32(uint32_t v) {
-        for (int k = 0; k < 4; ++k) u8((v >> (8 * k)) & 0xff);
-        return *this;
-    }
+    Bytes& u32(uint32_t v) { return u8(v & 0xff).u8((v >> 8) & 0xff).u8((v >> 16) & 0xff).u8(v >> 24); }
     Bytes& u64(uint64_t v) { return u32(static_cast<uint32_t>(v)).u32(static_cast<uint32_t>(v >> 32)); }
     Bytes& str(const std::string& t) {
         u32(static_cast<uint32_t>(t.size()));
