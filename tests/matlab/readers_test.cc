@@ -44,23 +44,6 @@ struct Buffer {
     char bytes[tamlo_matlab::kMatlabTextBufferSize] = {};
 };
 
-// A number read as text is empty: ReadEndSimOut reads one.
-TEST(ReadText, CutsAt1023CharactersAndReadsNonTextAsEmpty) {
-    const struct {
-        mxArray* array;
-        std::string expected;
-    } rows[] = {
-        {mxCreateString(std::string(1024, 'w').c_str()), std::string(1023, 'w')},
-        {mxCreateString(std::string(1023, 'y').c_str()), std::string(1023, 'y')},
-        {nullptr, ""},
-    };
-    for (const auto& row : rows) {
-        Buffer buffer;
-        EXPECT_EQ(MatlabConnection::read_text(row.array, buffer.bytes), row.expected);
-        mxDestroyArray(row.array);
-    }
-}
-
 // DISPATCH_SIMULATION_ERROR is read through the engine in tests/e2e (GridModels).
 TEST(ReadInitError, SeverityCodeDecidesAndOnlyTheExactTextsCount) {
     const std::string missing =
@@ -92,14 +75,19 @@ TEST(ReadInitError, SeverityCodeDecidesAndOnlyTheExactTextsCount) {
     }
 }
 
-TEST(ReadEndSimOut, ReadsTextsInCellOrderNonTextAsEmptyAndNamesAMissingField) {
+// Texts in cell order, cut to 1023 characters; a number, or any element of an array that is no
+// cell array, reads as empty. Line feeds and the order of warnings are kept in tests/e2e
+// (EndFunction).
+TEST(ReadEndSimOut, ReadsTextsInCellOrderCutAndNonTextAsEmptyAndNamesAMissingField) {
     Buffer buffer;
     tamlo_dispatch::SimulationErrorsAndWarnings lists;
-    Array out = struct_of({{"simulation_errors", cell_of({mxCreateString("first\nerror"), mxCreateDoubleScalar(1)})},
-                           {"simulation_warnings", cell_of({mxCreateString("one"), mxCreateString("two")})}});
+    Array out = struct_of({{"simulation_errors", cell_of({mxCreateString(std::string(1024, 'w').c_str()),
+                                                          mxCreateString(std::string(1023, 'y').c_str()),
+                                                          mxCreateDoubleScalar(1)})},
+                           {"simulation_warnings", mxCreateDoubleMatrix(1, 2, mxREAL)}});
     EXPECT_TRUE(MatlabConnection::read_end_sim_out(out.get(), buffer.bytes, lists));
-    EXPECT_EQ(lists.simulation_errors, (Texts{"first\nerror", ""}));
-    EXPECT_EQ(lists.simulation_warnings, (Texts{"one", "two"}));
+    EXPECT_EQ(lists.simulation_errors, (Texts{std::string(1023, 'w'), std::string(1023, 'y'), ""}));
+    EXPECT_EQ(lists.simulation_warnings, (Texts{"", ""}));
 
     lists = {};
     out = struct_of({{"simulation_errors", cell_of({mxCreateString("unread")})}});
