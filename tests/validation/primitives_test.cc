@@ -1,6 +1,7 @@
 // The tolerant comparisons at and around their tolerance and with NaN operands, and the way
-// warnings write numbers and counts. Boundaries that a rule shows in its warnings (definitely_less
-// against zero, a relative 5e-7 that matches) are checked there, in rules_test.cc.
+// warnings write numbers and counts. What a rule shows in its warnings is checked there, in
+// rules_test.cc: the boundaries of definitely_less against zero, a relative 5e-7 that matches, a
+// negligible value beside one that is not (B2), six decimals rounded as "%f" rounds them.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -26,7 +27,6 @@ TEST(Comparisons, HoldOnlyBeyondRelativeTolerance) {
         {"both negligible", approximately_equal, 0.0000005, -0.0000009, true},
         {"opposite signs with signed maximum zero", approximately_equal, -0.5, 0.0, false},
         {"relative 2e-6 differs", approximately_equal, 100.0002, 100.0, false},
-        {"one negligible one not", approximately_equal, 0.0000005, 0.5, false},
         {"NaN beside a negligible value", approximately_equal, 0.0, nan, false},
         {"relative 5e-7 is not greater", definitely_greater, 100.00005, 100.0, false},
         {"relative 2e-6 is greater", definitely_greater, 100.0002, 100.0, true},
@@ -47,7 +47,6 @@ TEST(Comparisons, HoldOnlyBeyondRelativeTolerance) {
 }
 
 TEST(Format, WritesNumbersInFullAndCountsAsWarningsDo) {
-    EXPECT_EQ(format_number(28.888888888888889), "28.888889");
     EXPECT_EQ(format_number(1e70), "10000000000000000725314363815292351261583744096465219555182101554790400.000000");
     EXPECT_EQ(format_count(std::numeric_limits<std::uint32_t>::max()), "4294967295");
 }

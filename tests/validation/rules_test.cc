@@ -63,16 +63,16 @@ const Rule rules[] = {
         "simulation_parameters.converter.inverter_capacity in time step: 5",
         "simulation_state.converters.rectifier_power_output (30.000000 kW) exceeded "
         "simulation_parameters.converter.rectifier_capacity in time step: 5"}},
-    Rule{"C1 C2 at their own efficiencies and C3 at capacity, within tolerance, pass", converter,
-        [](System& s) { s.state.converter_list[0] = {100.0, 100.00005, 100.0, 85.00005}; }, {}},
+    Rule{"C1 C2 at their own efficiencies and C3 at capacity, within tolerance, pass; a second converter is ignored",
+        converter, [](System& s) {
+            s.state.converter_list[0] = {100.0, 100.00005, 100.0, 85.00005};
+            s.parameters.converter_list.resize(2);
+            s.state.converter_list.push_back({10.0, 99.0, 0.0, 0.0});
+        }, {}},
     Rule{"state without converter is skipped", converter,
         [](System& s) { s.state.converter_list = std::vector<ConverterState>(); }, {}},
     Rule{"parameters without converter skip the state's", converter,
         [](System& s) { s.parameters.converter_list = std::vector<ConverterParameters>(); }, {}},
-    Rule{"second converter is ignored", converter, [](System& s) {
-        s.parameters.converter_list.resize(2);
-        s.state.converter_list.push_back({10.0, 99.0, 0.0, 0.0});
-    }, {}},
 
     // Generators
     Rule{"G1 G2 G4 in order, numbered from 1; a state entry without parameters skips only G2", generators,
