@@ -183,8 +183,10 @@ SimulationParameters edge_system() {
     p.generator_list[0].component.component_number = UINT64_MAX;
     p.flywheel_list = {{{}, 0.0, 0.0, 0.0, -1}};
     p.wind_turbine_list.resize(1);
-    p.grid_list = {{std::make_shared<ComplexUtility>()}, {std::make_shared<OtherModel>(7)},
-                   {std::make_shared<OtherModel>(-4)}, {std::make_shared<TunedRealTime>()}};
+    p.grid_list = {{std::make_shared<ComplexUtility>()},
+                   {std::make_shared<OtherModel>(7)},
+                   {std::make_shared<OtherModel>(-4)},
+                   {std::make_shared<TunedRealTime>()}};
     return p;
 }
 

@@ -81,10 +81,10 @@ TEST(ReadInitError, SeverityCodeDecidesAndOnlyTheExactTextsCount) {
 TEST(ReadEndSimOut, ReadsTextsInCellOrderCutAndNonTextAsEmptyAndNamesAMissingField) {
     Buffer buffer;
     tamlo_dispatch::SimulationErrorsAndWarnings lists;
-    Array out = struct_of({{"simulation_errors", cell_of({mxCreateString(std::string(1024, 'w').c_str()),
-                                                          mxCreateString(std::string(1023, 'y').c_str()),
-                                                          mxCreateDoubleScalar(1)})},
-                           {"simulation_warnings", mxCreateDoubleMatrix(1, 2, mxREAL)}});
+    Array out = struct_of(
+        {{"simulation_errors", cell_of({mxCreateString(std::string(1024, 'w').c_str()),
+                                        mxCreateString(std::string(1023, 'y').c_str()), mxCreateDoubleScalar(1)})},
+         {"simulation_warnings", mxCreateDoubleMatrix(1, 2, mxREAL)}});
     EXPECT_TRUE(MatlabConnection::read_end_sim_out(out.get(), buffer.bytes, lists));
     EXPECT_EQ(lists.simulation_errors, (Texts{std::string(1023, 'w'), std::string(1023, 'y'), ""}));
     EXPECT_EQ(lists.simulation_warnings, (Texts{"", ""}));
