@@ -20,14 +20,11 @@ using tamlo_dispatch::SimulationState;
 using tamlo_matlab::MatlabConnection;
 using Texts = std::vector<std::string>;
 
-struct DestroyArray {
-    void operator()(mxArray* a) const { mxDestroyArray(a); }
-};
-using Array = std::unique_ptr<mxArray, DestroyArray>;
+using Array = std::unique_ptr<mxArray, decltype(&mxDestroyArray)>;
 
 // A struct with the given fields, each taken over.
 Array struct_of(const std::vector<std::pair<const char*, mxArray*>>& fields) {
-    Array s(tamlo_marshal::make_single_struct());
+    Array s(tamlo_marshal::make_single_struct(), &mxDestroyArray);
     for (const auto& [name, value] : fields) tamlo_marshal::set_struct_field(s.get(), 0, name, value);
     return s;
 }
@@ -164,7 +161,7 @@ protected:
     tamlo_dispatch::SimulationParameters parameters;
     SimulationState decisions = numbered_state(1000);
     SimulationState state = numbered_state(1);
-    Array answer{tamlo_marshal::make_single_struct()};
+    Array answer{tamlo_marshal::make_single_struct(), &mxDestroyArray};
 };
 
 TEST_F(ReadNewSimulationState, ReadsEveryDecisionIntoItsOwnField) {
@@ -207,7 +204,7 @@ TEST_F(ReadNewSimulationState, StopsAtTheFirstMissingFieldAndNamesIt) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        Array edited(mxDuplicateArray(answer.get()));
+        Array edited(mxDuplicateArray(answer.get()), &mxDestroyArray);
         row.edit(edited.get());
         const double battery_set_point = state.battery_list[0].power_setpoint;
         DispatchError outcome;
