@@ -15,6 +15,7 @@
 
 #include "extension_loader.h"
 #include "numbered_system.h"
+#include "sample_systems.h"
 
 namespace tamlo_e2e {
 namespace {
@@ -28,18 +29,10 @@ using tamlo_test_support::create_extension;
 using tamlo_test_support::ExtensionPtr;
 using Texts = std::vector<std::string>;
 
-void add_text_parameter(SimulationParameters& parameters, std::string name, std::string value) {
-    parameters.extension_parameters.push_back(
-        {std::move(name), tamlo_dispatch::ExtensionParameterType::text, 0.0, false, std::move(value), {}});
-}
-
 // `system` set to run the three named fixture functions.
 SimulationParameters run_of(const char* start, const char* dispatch, const char* end,
                             SimulationParameters system = {}) {
-    add_text_parameter(system, "path", TAMLO_E2E_FIXTURE_DIR);
-    add_text_parameter(system, "start simulation", start);
-    add_text_parameter(system, "dispatch", dispatch);
-    add_text_parameter(system, "end simulation", end);
+    tamlo_samples::add_settings(system, {TAMLO_E2E_FIXTURE_DIR, start, dispatch, end});
     return system;
 }
 
@@ -48,9 +41,9 @@ SimulationParameters run_of(const char* start, const char* dispatch, const char*
 SimulationParameters code_run(const std::string& start_code, const std::string& dispatch_code = "",
                               const std::string& end_code = "", SimulationParameters system = {}) {
     system = run_of("start_code", "dispatch_code", end_code.empty() ? "end_empty_lists" : "end_code", system);
-    add_text_parameter(system, "start code", start_code);
-    add_text_parameter(system, "dispatch code", dispatch_code);
-    add_text_parameter(system, "end code", end_code);
+    tamlo_samples::add_text_parameter(system, "start code", start_code);
+    tamlo_samples::add_text_parameter(system, "dispatch code", dispatch_code);
+    tamlo_samples::add_text_parameter(system, "end code", end_code);
     return system;
 }
 
@@ -111,7 +104,7 @@ TEST(Settings, EmptySettingIsCriticalTakesTheParametersAndOpensNoEngine) {
         SCOPED_TRACE(row.behaviour);
         SimulationParameters parameters;
         parameters.number_of_timesteps = 17;
-        for (const auto& [name, value] : row.parameters) add_text_parameter(parameters, name, value);
+        for (const auto& [name, value] : row.parameters) tamlo_samples::add_text_parameter(parameters, name, value);
         ExtensionPtr extension = create_extension();
         auto result = extension->start_simulation(parameters);
         EXPECT_EQ(result->severity, DISPATCH_CRITICAL_ERROR);
