@@ -3,17 +3,18 @@
 // and restarts, a long run's memory, and host-made grid models.
 #include <gtest/gtest.h>
 
-#include <dirent.h>
 #include <dlfcn.h>
 #include <malloc.h>
 #include <signal.h>
 
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "extension_loader.h"
+#include "numbered_system.h"
 #include "sample_systems.h"
 
 namespace tamlo_e2e {
@@ -29,7 +30,8 @@ using tamlo_test_support::ExtensionPtr;
 using Texts = std::vector<std::string>;
 
 // `system` set to run the three named fixture functions.
-SimulationParameters run_of(const char* start, const char* dispatch, const char* end, SimulationParameters system = {}) {
+SimulationParameters run_of(const char* start, const char* dispatch, const char* end,
+                            SimulationParameters system = {}) {
     tamlo_samples::add_settings(system, {TAMLO_E2E_FIXTURE_DIR, start, dispatch, end});
     return system;
 }
@@ -48,15 +50,10 @@ SimulationParameters code_run(const std::string& start_code, const std::string& 
 // Child processes of this test process (running or unreaped).
 std::vector<int> child_processes() {
     std::vector<int> pids;
-    DIR* tasks = opendir("/proc/self/task");
-    if (tasks == nullptr) return pids;
-    while (dirent* entry = readdir(tasks)) {
-        if (entry->d_name[0] == '.') continue;
-        std::ifstream children(std::string("/proc/self/task/") + entry->d_name + "/children");
-        int pid = 0;
-        while (children >> pid) pids.push_back(pid);
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream children(task.path() / "children");
+        for (int pid = 0; children >> pid;) pids.push_back(pid);
     }
-    closedir(tasks);
     return pids;
 }
 
@@ -90,14 +87,14 @@ TEST(Settings, EmptySettingIsCriticalTakesTheParametersAndOpensNoEngine) {
         std::vector<std::pair<std::string, std::string>> parameters;
         const char* message;
     } rows[] = {
-        {"no parameters at all", {}, "Matlab working directory cannot be empty"},
-        {"start missing", {{"path", dir}, {"dispatch", "d"}, {"end simulation", "e"}},
-         "Matlab start simulation function name cannot be empty"},
-        {"end missing", {{"path", dir}, {"start simulation", "s"}, {"dispatch", "d"}},
+        {"end missing",
+         {{"path", dir}, {"start simulation", "s"}, {"dispatch", "d"}},
          "Matlab end simulation function name cannot be empty"},
-        {"key in other letter case", {{"Path", dir}, {"start simulation", "s"}, {"dispatch", "d"}, {"end simulation", "e"}},
+        {"key in other letter case",
+         {{"Path", dir}, {"start simulation", "s"}, {"dispatch", "d"}, {"end simulation", "e"}},
          "Matlab working directory cannot be empty"},
-        {"key with a blank", {{"path", dir}, {" start simulation", "s"}, {"dispatch", "d"}, {"end simulation", "e"}},
+        {"key with a blank",
+         {{"path", dir}, {" start simulation", "s"}, {"dispatch", "d"}, {"end simulation", "e"}},
          "Matlab start simulation function name cannot be empty"},
         {"last occurrence wins",
          {{"path", dir}, {"start simulation", "s"}, {"dispatch", "d"}, {"dispatch", ""}, {"end simulation", "e"}},
@@ -133,8 +130,9 @@ TEST(EngineStart, MissingFolderIsCritical) {
 
 // One engine serves every row: each row is a new run on the same object.
 TEST(StartFunction, InitErrorDecidesTheOutcome) {
-    const std::string refused = "init_error.severity_code = 'DISPATCH_CRITICAL_ERROR'; "
-                                "init_error.error_description = 'the start function refuses this run';";
+    const std::string refused =
+        "init_error.severity_code = 'DISPATCH_CRITICAL_ERROR'; "
+        "init_error.error_description = 'the start function refuses this run';";
     const struct {
         const char* start_function;
         std::string code;
@@ -167,51 +165,32 @@ TEST(StartFunction, InitErrorDecidesTheOutcome) {
     EXPECT_EQ(extension->end_simulation()->simulation_errors, Texts{});
 }
 
-// One engine, one run per row. The row without end_sim_out comes first, while the workspace
-// holds no end_sim_out of an earlier run (which would be read instead).
-TEST(EndFunction, EndSimOutBecomesPrefixedErrorsAndWarnings) {
-    const struct {
-        std::string code;
-        Texts errors;
-        Texts warnings;
-    } rows[] = {
-        {"x = 1;",
-         {"MATLAB error: MATLAB error while executing 'end_sim_out = end_code(simulation_parameters, "
-          "custom_variables);': error: 'end_sim_out' undefined near line 1, column 10"
-          "error: called from    end_code at line 4 column 1"},
-         {}},
-        // Printing is ignored by the end call; texts keep their line feeds.
-        {"disp('printed'); end_sim_out.simulation_errors = {'first', sprintf('second\\nline')}; "
-         "end_sim_out.simulation_warnings = {'one', 'two'};",
-         {"MATLAB error: first", "MATLAB error: second\nline"}, {"MATLAB warning: one", "MATLAB warning: two"}},
-    };
+// A fresh engine: its workspace holds no end_sim_out of an earlier run, which would be read instead.
+TEST(EndFunction, FailingIsAnErrorOfTheRun) {
     ExtensionPtr extension = create_extension();
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.code);
-        ASSERT_EQ(extension->start_simulation(code_run("", "", row.code))->severity, DISPATCH_NO_ERROR);
-        auto messages = extension->end_simulation();
-        EXPECT_EQ(messages->simulation_errors, row.errors);
-        EXPECT_EQ(messages->simulation_warnings, row.warnings);
-    }
+    ASSERT_EQ(extension->start_simulation(code_run("", "", "x = 1;"))->severity, DISPATCH_NO_ERROR);
+    EXPECT_EQ(extension->end_simulation()->simulation_errors,
+              Texts{"MATLAB error: MATLAB error while executing 'end_sim_out = end_code(simulation_parameters, "
+                    "custom_variables);': error: 'end_sim_out' undefined near line 1, column 10"
+                    "error: called from    end_code at line 4 column 1"});
 }
 
-TEST(FailingDispatch, IsCriticalWithItsMessage) {
+TEST(FailingDispatch, PrintingIsCriticalWithItsMessage) {
     ExtensionPtr extension = create_extension();
-    SimulationParameters parameters = code_run("", "disp('hello from dispatch');", "", tamlo_samples::make_system(1));
-    ASSERT_EQ(extension->start_simulation(parameters)->severity, DISPATCH_NO_ERROR);
-    SimulationState state = tamlo_samples::make_state(parameters);
-    state.ac_bus.load_served = 3;
+    ASSERT_EQ(extension->start_simulation(code_run("", "disp('hello from dispatch');"))->severity, DISPATCH_NO_ERROR);
+    SimulationState state;
     extension->dispatch(state);
-    EXPECT_EQ(state.ac_bus.load_served, 3);
     EXPECT_EQ(extension->end_simulation()->simulation_errors,
               Texts{"MATLAB error while executing '[new_simulation_state, custom_variables] = dispatch_code("
                     "simulation_parameters, simulation_state, custom_variables);': hello from dispatch"});
 }
 
 TEST(ErrorState, WarningsAreThoseOfTheRunAndACriticalErrorIsFinalAndListedLast) {
-    const auto shortage = [](int step) {
-        return "Capacity shortage can't be less than zero: simulation_state.ac_bus.capacity_shortage = -1.000000 kW. "
-               "Time step: " + std::to_string(step);
+    const auto shortage = [](const char* step) {
+        return std::string(
+                   "Capacity shortage can't be less than zero: simulation_state.ac_bus.capacity_shortage = "
+                   "-1.000000 kW. Time step: ") +
+               step;
     };
     const std::string negative_shortage = "new_simulation_state.ac_bus.capacity_shortage = -1; ";
     ExtensionPtr extension = create_extension();
@@ -219,12 +198,14 @@ TEST(ErrorState, WarningsAreThoseOfTheRunAndACriticalErrorIsFinalAndListedLast) 
     SimulationState state;
     state.current_timestep = 1;
     extension->dispatch(state);
-    EXPECT_EQ(extension->end_simulation()->simulation_warnings, Texts{shortage(2)});
+    EXPECT_EQ(extension->end_simulation()->simulation_warnings, Texts{shortage("2")});
 
     // A new start empties the lists. A clean step at time step 0, then a failing one.
     SimulationParameters parameters = code_run(
-        "", negative_shortage + "if custom_variables.steps, new_simulation_state = 42; end; custom_variables.steps = 1;",
-        "end_sim_out.simulation_errors = {'end error'}; end_sim_out.simulation_warnings = {'w'};");
+        "",
+        negative_shortage + "if custom_variables.steps, new_simulation_state = 42; end; custom_variables.steps = 1;",
+        "disp('printing is ignored'); end_sim_out.simulation_errors = {'end error'}; "
+        "end_sim_out.simulation_warnings = {'w'};");
     parameters.number_of_timesteps = 24;
     ASSERT_EQ(extension->start_simulation(parameters)->severity, DISPATCH_NO_ERROR);
     state.current_timestep = 0;
@@ -241,10 +222,10 @@ TEST(ErrorState, WarningsAreThoseOfTheRunAndACriticalErrorIsFinalAndListedLast) 
     extension->dispatch(state);
     EXPECT_EQ(state.ac_bus.capacity_shortage, 12.5);
 
-    // The end function of the first run still runs; the critical message comes last.
+    // The end function of the first run still runs; its texts are prefixed, the critical message comes last.
     auto messages = extension->end_simulation();
     EXPECT_EQ(messages->simulation_errors, (Texts{"MATLAB error: end error", not_a_struct}));
-    EXPECT_EQ(messages->simulation_warnings, (Texts{"MATLAB warning: w", shortage(1)}));
+    EXPECT_EQ(messages->simulation_warnings, (Texts{"MATLAB warning: w", shortage("1")}));
 }
 
 TEST(EngineFaults, EachNamesItsCauseAndTheNextRunGetsAFreshEngine) {
@@ -260,9 +241,7 @@ TEST(EngineFaults, EachNamesItsCauseAndTheNextRunGetsAFreshEngine) {
     } rows[] = {
         {"", SIGKILL, 60, ended + "(killed by signal 9 (SIGKILL)).", true},
         {"kill(getpid(), 4);", 0, 60, ended + "(killed by signal 4 (SIGILL)).", true},
-        {"exit(3);", 0, 60, ended + "(quit or exit called, exit status 3).", true},
         {"while true, end", 0, 2, time_limit, true},
-        {"keyboard;", 0, 60, "error: keyboard" + no_terminal, false},
         {"input('How much? ');", 0, 60, "error: input" + no_terminal, false},
         {"pause;", 0, 60, "error: pause" + no_terminal, false},
     };
@@ -301,21 +280,25 @@ TEST(EngineFaults, EachNamesItsCauseAndTheNextRunGetsAFreshEngine) {
     set_default_call_timeout(0);
 }
 
+// The numbered system has every component kind and grid model, so every struct is built each step.
 TEST(LongRun, ThousandTimeStepsReadBackAndKeepTheHeapFlat) {
+    tamlo_numbered::Numbering numbering;
+    SimulationParameters parameters =
+        code_run("",
+                 "custom_variables.steps = custom_variables.steps + 1; "
+                 "new_simulation_state.generators(1).power_setpoint = custom_variables.steps;",
+                 "", tamlo_numbered::numbered_system(numbering));
+    const SimulationState first = tamlo_numbered::numbered_state(numbering);
     ExtensionPtr extension = create_extension();
-    SimulationParameters parameters = code_run(
-        "", "custom_variables.steps = custom_variables.steps + 1; "
-            "new_simulation_state.generators(2).power_setpoint = custom_variables.steps;",
-        "", tamlo_samples::make_system(1));
     ASSERT_EQ(extension->start_simulation(parameters)->severity, DISPATCH_NO_ERROR);
     // The warning list fills up to its limit in the first steps; the cached structs are made.
     [[maybe_unused]] std::size_t before = 0;
     for (std::uint32_t step = 0; step < 1000; ++step) {
         if (step == 50) before = mallinfo2().uordblks;
-        SimulationState state = tamlo_samples::make_state(parameters);
+        SimulationState state = first;
         state.current_timestep = step;
         extension->dispatch(state);
-        ASSERT_EQ(state.generator_list[1].power_setpoint, step + 1.0);
+        ASSERT_EQ(state.generator_list[0].power_setpoint, step + 1.0);
     }
     [[maybe_unused]] const std::size_t after = mallinfo2().uordblks;
     EXPECT_EQ(extension->end_simulation()->simulation_errors, Texts{});

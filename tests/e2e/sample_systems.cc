@@ -38,55 +38,34 @@ ComponentParameters head(const std::string& name, std::uint64_t number, bool is_
 SimulationParameters make_system(std::size_t count) {
     SimulationParameters p;
     std::uint64_t number = 1;
-    for (std::size_t i = 0; i < 2 * count; ++i) {
-        GeneratorParameters g;
-        g.component = head("Generator " + std::to_string(i + 1), number++, true);
-        g.fuel.name = "Diesel";
-        g.rated_capacity = 100;
-        g.minimum_load = 25;
-        p.generator_list.push_back(std::move(g));
-
-        PrimaryLoadParameters load;
-        load.name = "Load " + std::to_string(i + 1);
-        load.is_AC = true;
-        load.peak_load = 80;
-        p.primary_load_list.push_back(std::move(load));
+    for (std::size_t i = 1; i <= 2 * count; ++i) {
+        p.generator_list.push_back({.component = head("Generator " + std::to_string(i), number++, true),
+                                    .fuel = {.name = "Diesel"},
+                                    .rated_capacity = 100,
+                                    .minimum_load = 25});
+        p.primary_load_list.push_back({.name = "Load " + std::to_string(i), .is_AC = true, .peak_load = 80});
     }
-    for (std::size_t i = 0; i < count; ++i) {
-        PvParameters pv;
-        pv.component = head("PV " + std::to_string(i + 1), number++, false);
-        pv.rated_capacity = 50;
-        pv.solar_forecast = {0.0, 0.2, 0.6, 0.9};
-        p.pv_list.push_back(std::move(pv));
-
-        WindTurbineParameters wind;
-        wind.component = head("Wind " + std::to_string(i + 1), number++, true);
-        wind.rated_power = 30;
-        wind.power_curve = {{0, 0}, {3, 0}, {12, 30}, {25, 30}};
-        p.wind_turbine_list.push_back(std::move(wind));
-
-        BatteryParameters battery;
-        battery.component = head("Battery " + std::to_string(i + 1), number++, false);
+    for (std::size_t i = 1; i <= count; ++i) {
+        const std::string n = std::to_string(i);
+        p.pv_list.push_back({.component = head("PV " + n, number++, false),
+                             .rated_capacity = 50,
+                             .solar_forecast = {0.0, 0.2, 0.6, 0.9}});
+        p.wind_turbine_list.push_back({.component = head("Wind " + n, number++, true),
+                                       .rated_power = 30,
+                                       .power_curve = {{0, 0}, {3, 0}, {12, 30}, {25, 30}}});
+        BatteryParameters& battery = p.battery_list.emplace_back();
+        battery.component = head("Battery " + n, number++, false);
         battery.nominal_capacity = 200;
         battery.dedicated_converter.component = head("Battery converter", number++, false);
-        p.battery_list.push_back(std::move(battery));
-
-        ConverterParameters converter;
-        converter.component = head("Converter " + std::to_string(i + 1), number++, true);
-        converter.inverter_capacity = 60;
-        converter.rectifier_capacity = 60;
-        converter.inverter_efficiency = 95;
-        converter.rectifier_efficiency = 90;
-        p.converter_list.push_back(std::move(converter));
-
+        p.converter_list.push_back({.component = head("Converter " + n, number++, true),
+                                    .inverter_capacity = 60,
+                                    .rectifier_capacity = 60,
+                                    .inverter_efficiency = 95,
+                                    .rectifier_efficiency = 90});
         auto model = std::make_shared<RealTime>();
         model->realtime_power_price = {0.10, 0.12, 0.30, 0.25};
         model->realtime_sellback_rate = {0.03, 0.03, 0.05, 0.04};
-        GridParameters grid;
-        grid.technical_model = model;
-        grid.limit_net_grid_purchases = true;
-        grid.max_net_grid_purchases = 100;
-        p.grid_list.push_back(std::move(grid));
+        p.grid_list.push_back({model, true, 100});
     }
     p.operating_reserve = {10, 10, 50, 80};
     p.timestep_size_in_seconds = 3600;
@@ -99,19 +78,17 @@ SimulationState make_state(const SimulationParameters& parameters) {
     for (const GeneratorParameters& generator : parameters.generator_list) {
         s.generator_list.push_back({generator.rated_capacity, 0.0, DISPATCH_DECIDES});
     }
-    BatteryState battery;
-    battery.max_charge_power = 30;
-    battery.max_discharge_power = 35;
-    battery.state_of_charge_kwh = 120;
-    battery.state_of_charge_percent = 60;
-    battery.energy_cost = 0.02;
-    s.battery_list.assign(parameters.battery_list.size(), battery);
-    GridState grid;
-    grid.max_grid_purchases = 100;
-    grid.max_grid_sales = 50;
-    grid.power_price = 0.10;
-    grid.sellback_rate = 0.03;
-    s.grid_list.assign(parameters.grid_list.size(), grid);
+    s.battery_list.assign(parameters.battery_list.size(), {.dedicated_converter = {},
+                                                           .max_charge_power = 30,
+                                                           .max_discharge_power = 35,
+                                                           .state_of_charge_kwh = 120,
+                                                           .state_of_charge_percent = 60,
+                                                           .energy_cost = 0.02});
+    s.grid_list.assign(parameters.grid_list.size(), {.grid_state = {},
+                                                     .max_grid_purchases = 100,
+                                                     .max_grid_sales = 50,
+                                                     .power_price = 0.10,
+                                                     .sellback_rate = 0.03});
     s.pv_list.assign(parameters.pv_list.size(), {20.0, 0.0});
     s.primary_load_list.assign(parameters.primary_load_list.size(), {40.0, 0.0});
     s.converter_list.resize(parameters.converter_list.size());

@@ -19,6 +19,8 @@ DispatchError error_of(DispatchSeverity severity, const char* message) {
     return error;
 }
 
+// In tests/e2e, a clean step is validated and leaves no error (ErrorState, LongRun), and a
+// critical error of a step is stored and final (ErrorState).
 TEST(StepOutcome, FoldsIntoTheErrorState) {
     constexpr DispatchSeverity none = DISPATCH_NO_ERROR, simulation = DISPATCH_SIMULATION_ERROR,
                                critical = DISPATCH_CRITICAL_ERROR;
@@ -28,14 +30,11 @@ TEST(StepOutcome, FoldsIntoTheErrorState) {
         const char* message_after;
         bool validated;
     } rows[] = {
-        {"clean step is validated", none, none, none, "", true},
         {"simulation error is stored", none, simulation, simulation, "new", false},
         {"later simulation error replaces the message", simulation, simulation, simulation, "new", false},
         {"clean step keeps a simulation error", simulation, none, simulation, "stored", true},
         {"critical replaces a simulation error", simulation, critical, critical, "new", false},
-        {"critical is stored", none, critical, critical, "new", false},
         {"critical stays after a simulation error", critical, simulation, critical, "stored", false},
-        {"critical stays after a clean step", critical, none, critical, "stored", false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.behaviour);
@@ -64,6 +63,7 @@ std::vector<std::uint64_t> numbers(const std::vector<tamlo_dispatch::ComponentRe
     return n;
 }
 
+// The number of time steps is checked in tests/e2e (Settings, ErrorState).
 TEST(ResultParameters, OneEntryPerComponentInListOrder) {
     tamlo_dispatch::SimulationParameters p;
     number(p.generator_list, {12, 11});
@@ -75,7 +75,6 @@ TEST(ResultParameters, OneEntryPerComponentInListOrder) {
     number(p.flywheel_list, {52, 51});
     p.grid_list.resize(1);
     p.custom_component_list.resize(1);
-    p.number_of_timesteps = 8760;
 
     tamlo_dispatch::ResultParameters results;
     tamlo_extension::fill_result_parameters(results, p);
@@ -88,7 +87,6 @@ TEST(ResultParameters, OneEntryPerComponentInListOrder) {
     EXPECT_EQ(numbers(results.converter_results), Numbers{41});
     EXPECT_EQ(numbers(results.flywheel_results), (Numbers{52, 51}));
     EXPECT_TRUE(results.series_results.empty());
-    EXPECT_EQ(results.number_of_timesteps, 8760u);
     EXPECT_TRUE(results.valid);
 }
 

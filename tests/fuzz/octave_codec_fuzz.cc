@@ -6,8 +6,8 @@
 // Usage: octave_codec_fuzz SECONDS CORPUS_DIR FINDINGS_DIR [SEED]
 #include <unistd.h>
 
-#include <octave/oct.h>
 #include <octave/interpreter.h>
+#include <octave/oct.h>
 #include <sanitizer/common_interface_defs.h>
 
 #include <algorithm>
@@ -36,10 +36,10 @@ const Bytes* current = nullptr;
 
 void save(const Bytes& input, const std::string& kind) {
     fs::create_directories(findings);
-    const fs::path file = findings / (kind + "-" + std::to_string(std::hash<std::string>{}(
-                                                        std::string(input.begin(), input.end()))));
-    std::ofstream(file, std::ios::binary).write(reinterpret_cast<const char*>(input.data()),
-                                                 static_cast<std::streamsize>(input.size()));
+    const fs::path file =
+        findings / (kind + "-" + std::to_string(std::hash<std::string>{}(std::string(input.begin(), input.end()))));
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(input.data()), static_cast<std::streamsize>(input.size()));
     std::fprintf(stderr, "octave_codec_fuzz: input saved as %s\n", file.c_str());
 }
 
@@ -95,30 +95,24 @@ bool run_one(const Bytes& input) {
     return ok;
 }
 
-class Mutator {
-public:
-    explicit Mutator(uint64_t seed) : rng_(seed) {}
+std::mt19937_64 rng;
 
-    Bytes mutate(const Bytes& from, const std::vector<Bytes>& pool) {
-        Bytes b = from;
-        const int steps = 1 + below(4);
-        for (int k = 0; k < steps; ++k) step(b, pool);
-        return b;
-    }
+size_t below(size_t n) { return n == 0 ? 0 : std::uniform_int_distribution<size_t>(0, n - 1)(rng); }
 
-private:
-    size_t below(size_t n) { return n == 0 ? 0 : std::uniform_int_distribution<size_t>(0, n - 1)(rng_); }
-
-    void step(Bytes& b, const std::vector<Bytes>& pool) {
-        static const uint64_t interesting[] = {0, 1, 2, 3, 63, 64, 255, 256, 0x7fffffff, 0x80000000, 0xffffffff,
-                                               1ull << 28, 1ull << 32, 1ull << 62, 1ull << 63, ~0ull};
+// One to four random edits of b, drawing pieces from the pool.
+Bytes mutate(Bytes b, const std::vector<Bytes>& pool) {
+    static const uint64_t interesting[] = {0,          1,          2,          3,          63,         64,
+                                           255,        256,        0x7fffffff, 0x80000000, 0xffffffff, 1ull << 28,
+                                           1ull << 32, 1ull << 62, 1ull << 63, ~0ull};
+    for (size_t steps = 1 + below(4); steps > 0; --steps) {
         switch (b.empty() ? 3 : below(4)) {
             case 0: b[below(b.size())] = static_cast<unsigned char>(below(256)); break;
             case 1: {  // an interesting little-endian number of 1, 4 or 8 bytes
                 const size_t widths[] = {1, 4, 8};
                 const size_t width = widths[below(3)], at = below(b.size());
                 const uint64_t v = interesting[below(std::size(interesting))];
-                for (size_t k = 0; k < width && at + k < b.size(); ++k) b[at + k] = static_cast<unsigned char>(v >> (8 * k));
+                for (size_t k = 0; k < width && at + k < b.size(); ++k)
+                    b[at + k] = static_cast<unsigned char>(v >> (8 * k));
                 break;
             }
             case 2: {  // erase a range
@@ -137,9 +131,8 @@ private:
         }
         if (b.size() > 4096) b.resize(4096);
     }
-
-    std::mt19937_64 rng_;
-};
+    return b;
+}
 
 }  // namespace
 
@@ -177,13 +170,12 @@ int main(int argc, char** argv) {
 
     // Inputs that decode are kept as starting points, up to a bound: they reach deeper.
     constexpr size_t max_pool = 2000;
-    Mutator mutator(seed);
-    std::mt19937_64 pick(seed + 1);
+    rng.seed(seed);
     const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
     size_t runs = 0, decoded = 0;
     while (std::chrono::steady_clock::now() < end) {
         for (int k = 0; k < 100; ++k, ++runs) {
-            const Bytes input = mutator.mutate(pool[pick() % pool.size()], pool);
+            const Bytes input = mutate(pool[below(pool.size())], pool);
             if (run_one(input)) {
                 ++decoded;
                 if (pool.size() < max_pool) pool.push_back(input);

@@ -15,20 +15,16 @@ namespace {
 
 using tamlo_dispatch::DISPATCH_CRITICAL_ERROR;
 using tamlo_dispatch::DISPATCH_NO_ERROR;
-using tamlo_dispatch::DISPATCH_SIMULATION_ERROR;
 using tamlo_dispatch::DispatchError;
 using tamlo_dispatch::SimulationState;
 using tamlo_matlab::MatlabConnection;
 using Texts = std::vector<std::string>;
 
-struct DestroyArray {
-    void operator()(mxArray* a) const { mxDestroyArray(a); }
-};
-using Array = std::unique_ptr<mxArray, DestroyArray>;
+using Array = std::unique_ptr<mxArray, decltype(&mxDestroyArray)>;
 
 // A struct with the given fields, each taken over.
 Array struct_of(const std::vector<std::pair<const char*, mxArray*>>& fields) {
-    Array s(tamlo_marshal::make_single_struct());
+    Array s(tamlo_marshal::make_single_struct(), &mxDestroyArray);
     for (const auto& [name, value] : fields) tamlo_marshal::set_struct_field(s.get(), 0, name, value);
     return s;
 }
@@ -45,23 +41,7 @@ struct Buffer {
     char bytes[tamlo_matlab::kMatlabTextBufferSize] = {};
 };
 
-TEST(ReadText, CutsAt1023CharactersAndReadsNonTextAsEmpty) {
-    const struct {
-        mxArray* array;
-        std::string expected;
-    } rows[] = {
-        {mxCreateString(std::string(1024, 'w').c_str()), std::string(1023, 'w')},
-        {mxCreateString(std::string(1023, 'y').c_str()), std::string(1023, 'y')},
-        {mxCreateDoubleScalar(5), ""},
-        {nullptr, ""},
-    };
-    for (const auto& row : rows) {
-        Buffer buffer;
-        EXPECT_EQ(MatlabConnection::read_text(row.array, buffer.bytes), row.expected);
-        mxDestroyArray(row.array);
-    }
-}
-
+// DISPATCH_SIMULATION_ERROR is read through the engine in tests/e2e (GridModels).
 TEST(ReadInitError, SeverityCodeDecidesAndOnlyTheExactTextsCount) {
     const std::string missing =
         "Field error_description or severity_code of init_error variable is missing! Check that your MATLAB "
@@ -71,7 +51,6 @@ TEST(ReadInitError, SeverityCodeDecidesAndOnlyTheExactTextsCount) {
         tamlo_dispatch::DispatchSeverity severity;
         std::string message;
     } rows[] = {
-        {"DISPATCH_SIMULATION_ERROR", DISPATCH_SIMULATION_ERROR, "MATLAB error: line oneline two"},
         {"DISPATCH_CRITICAL_ERROR", DISPATCH_CRITICAL_ERROR, "MATLAB error: line oneline two"},
         {"dispatch_critical_error", DISPATCH_NO_ERROR, ""},
         {"DISPATCH_CRITICAL_ERROR ", DISPATCH_NO_ERROR, ""},
@@ -93,14 +72,19 @@ TEST(ReadInitError, SeverityCodeDecidesAndOnlyTheExactTextsCount) {
     }
 }
 
-TEST(ReadEndSimOut, ReadsTextsInCellOrderNonTextAsEmptyAndNamesAMissingField) {
+// Texts in cell order, cut to 1023 characters; a number, or any element of an array that is no
+// cell array, reads as empty. Line feeds and the order of warnings are kept in tests/e2e
+// (EndFunction).
+TEST(ReadEndSimOut, ReadsTextsInCellOrderCutAndNonTextAsEmptyAndNamesAMissingField) {
     Buffer buffer;
     tamlo_dispatch::SimulationErrorsAndWarnings lists;
-    Array out = struct_of({{"simulation_errors", cell_of({mxCreateString("first\nerror"), mxCreateDoubleScalar(1)})},
-                           {"simulation_warnings", cell_of({mxCreateString("one"), mxCreateString("two")})}});
+    Array out = struct_of(
+        {{"simulation_errors", cell_of({mxCreateString(std::string(1024, 'w').c_str()),
+                                        mxCreateString(std::string(1023, 'y').c_str()), mxCreateDoubleScalar(1)})},
+         {"simulation_warnings", mxCreateDoubleMatrix(1, 2, mxREAL)}});
     EXPECT_TRUE(MatlabConnection::read_end_sim_out(out.get(), buffer.bytes, lists));
-    EXPECT_EQ(lists.simulation_errors, (Texts{"first\nerror", ""}));
-    EXPECT_EQ(lists.simulation_warnings, (Texts{"one", "two"}));
+    EXPECT_EQ(lists.simulation_errors, (Texts{std::string(1023, 'w'), std::string(1023, 'y'), ""}));
+    EXPECT_EQ(lists.simulation_warnings, (Texts{"", ""}));
 
     lists = {};
     out = struct_of({{"simulation_errors", cell_of({mxCreateString("unread")})}});
@@ -177,7 +161,7 @@ protected:
     tamlo_dispatch::SimulationParameters parameters;
     SimulationState decisions = numbered_state(1000);
     SimulationState state = numbered_state(1);
-    Array answer{tamlo_marshal::make_single_struct()};
+    Array answer{tamlo_marshal::make_single_struct(), &mxDestroyArray};
 };
 
 TEST_F(ReadNewSimulationState, ReadsEveryDecisionIntoItsOwnField) {
@@ -220,7 +204,7 @@ TEST_F(ReadNewSimulationState, StopsAtTheFirstMissingFieldAndNamesIt) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        Array edited(mxDuplicateArray(answer.get()));
+        Array edited(mxDuplicateArray(answer.get()), &mxDestroyArray);
         row.edit(edited.get());
         const double battery_set_point = state.battery_list[0].power_setpoint;
         DispatchError outcome;

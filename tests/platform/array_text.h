@@ -9,33 +9,20 @@
 #include <string>
 
 #include "matrix.h"
+#include "mx_wire.h"
 
 namespace tamlo_test {
 
-struct ArrayOwner {
-    explicit ArrayOwner(mxArray* a = nullptr) : a(a) {}
-    ~ArrayOwner() { mxDestroyArray(a); }
-    ArrayOwner(const ArrayOwner&) = delete;
-    ArrayOwner& operator=(const ArrayOwner&) = delete;
-    mxArray* get() const { return a; }
-    mxArray* a;
-};
-
-template <typename T>
-T load(const char* p) {
-    T v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
+using ArrayOwner = tamlo::wire::ArrayPtr;
 
 // Element i as text: floating-point values in full, integers and logicals exactly.
 inline std::string element_text(const mxArray* a, size_t i) {
     const size_t size = mxGetElementSize(a);
-    const char* p = static_cast<const char*>(mxGetData(a)) + i * size;
+    const void* p = static_cast<const char*>(mxGetData(a)) + i * size;
     const mxClassID c = mxGetClassID(a);
     char buf[32];
     if (c == mxDOUBLE_CLASS || c == mxSINGLE_CLASS) {
-        const double v = c == mxDOUBLE_CLASS ? load<double>(p) : load<float>(p);
+        const double v = c == mxDOUBLE_CLASS ? *static_cast<const double*>(p) : *static_cast<const float*>(p);
         std::snprintf(buf, sizeof buf, "%.17g", v);
         return buf;
     }

@@ -8,25 +8,14 @@
 
 namespace tamlo_test_support {
 
-namespace {
-
-CreateEngineExtensionFunction load_factory() {
-    // Kept loaded for the test process's life, as a host keeps its extensions.
-    void* library = dlopen(TAMLO_EXTENSION_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) {
-        throw std::runtime_error(std::string("dlopen failed: ") + dlerror());
-    }
-    void* symbol = dlsym(library, "create_engine_extension");
-    if (symbol == nullptr) {
-        throw std::runtime_error(std::string("dlsym failed: ") + dlerror());
-    }
-    return reinterpret_cast<CreateEngineExtensionFunction>(symbol);
-}
-
-}  // namespace
-
 ExtensionPtr create_extension() {
-    static const CreateEngineExtensionFunction factory = load_factory();
+    // Kept loaded for the test process's life, as a host keeps its extensions.
+    static const auto factory = [] {
+        void* library = dlopen(TAMLO_EXTENSION_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+        void* symbol = library != nullptr ? dlsym(library, "create_engine_extension") : nullptr;
+        if (symbol == nullptr) throw std::runtime_error(std::string("loading the extension failed: ") + dlerror());
+        return reinterpret_cast<CreateEngineExtensionFunction>(symbol);
+    }();
     return ExtensionPtr(factory());
 }
 

@@ -10,18 +10,15 @@
 
 namespace tamlo_test {
 
-inline std::string row_name_from(std::string text, std::size_t index) {
-    for (char& c : text) {
-        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
-    }
-    return std::to_string(index) + "_" + text;
-}
-
-// Rows are named after their `name` member.
+// Rows are named after their `name` member, with what a test name cannot hold made '_'.
 struct RowName {
     template <typename Row>
     std::string operator()(const ::testing::TestParamInfo<Row>& info) const {
-        return row_name_from(info.param.name, info.index);
+        std::string text = info.param.name;
+        for (char& c : text) {
+            if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+        }
+        return std::to_string(info.index) + "_" + text;
     }
 };
 
@@ -30,10 +27,8 @@ inline constexpr RowName row_name{};
 // Prints a row by its description: GoogleTest would otherwise dump the row's bytes, padding
 // included. Brought into each test's namespace with `using tamlo_test::PrintTo;`.
 template <typename Row>
-    requires requires(const Row& row) { row.name; }
-void PrintTo(const Row& row, std::ostream* os) {
-    *os << row.name;
-}
+requires requires(const Row& row) { row.name; }
+void PrintTo(const Row& row, std::ostream* os) { *os << row.name; }
 
 }  // namespace tamlo_test
 
