@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "array_text.h"
 
@@ -156,6 +157,20 @@ TEST(MxStruct, CopiesAreDeepAndSetOrRemoveLeaveOldValuesToTheirOwner) {
     EXPECT_EQ(describe(second.get()), before);
     EXPECT_EQ(mxDuplicateArray(nullptr), nullptr);
     mxDestroyArray(nullptr);
+}
+
+TEST(MxDestroy, ArraysOutliveTheThreadThatMadeThem) {
+    mxArray* made_there = nullptr;
+    mxArray* made_here = mxCreateString("made here");
+    std::thread([&] {
+        made_there = mxCreateStructMatrix(1, 1, 0, nullptr);
+        mxAddField(made_there, "v");
+        mxSetField(made_there, 0, "v", mxCreateDoubleScalar(7));
+        mxDestroyArray(made_here);
+        mxDestroyArray(mxCreateDoubleScalar(1));
+    }).join();
+    EXPECT_EQ(mxGetScalar(mxGetField(made_there, 0, "v")), 7.0);
+    mxDestroyArray(made_there);
 }
 
 }  // namespace
