@@ -6,8 +6,8 @@
 // Usage: octave_codec_fuzz SECONDS CORPUS_DIR FINDINGS_DIR [SEED]
 #include <unistd.h>
 
-#include <octave/interpreter.h>
 #include <octave/oct.h>
+#include <octave/interpreter.h>
 #include <sanitizer/common_interface_defs.h>
 
 #include <algorithm>
